@@ -1,0 +1,37 @@
+#include "core/Node.h"
+
+namespace {
+
+// "/a/b/" and "/a/b" name the same folder; only the root keeps its slash.
+QByteArray withoutTrailingSlashes(QByteArray path) {
+    while (path.size() > 1 && path.endsWith('/'))
+        path.chop(1);
+    return path;
+}
+
+} // namespace
+
+QByteArray lastPathComponent(const QByteArray& path) {
+    const QByteArray clean = withoutTrailingSlashes(path);
+    const qsizetype slash = clean.lastIndexOf('/');
+    const QByteArray last = slash < 0 ? clean : clean.mid(slash + 1);
+    return last.isEmpty() ? clean : last;
+}
+
+QByteArray deletingLastPathComponent(const QByteArray& path) {
+    const QByteArray clean = withoutTrailingSlashes(path);
+    const qsizetype slash = clean.lastIndexOf('/');
+    if (slash < 0)
+        return clean == ".." ? QByteArray("../..") : QByteArray(".");
+    if (slash == 0)
+        return "/";
+    return clean.left(slash);
+}
+
+QString displayPath(const QByteArray& path) {
+    return QString::fromUtf8(path);
+}
+
+Node::Node(QByteArray url_, bool isDir_, const NodePtr& parent_)
+    : url(std::move(url_)), name(displayPath(lastPathComponent(url))), isDir(isDir_),
+      parent(parent_) {}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class Node;
+using NodePtr = std::shared_ptr<Node>;
+using NodeList = std::vector<NodePtr>;
+
+// One file-system item of the size tree. The tree is owned from the top:
+// a folder holds its children strongly and each child points back weakly,
+// so queued work can keep a node alive after its tree has been dropped.
+// Only the main thread writes the mutable fields.
+class Node {
+public:
+    Node(QByteArray url, bool isDir, const NodePtr& parent = {});
+
+    static NodePtr make(QByteArray url, bool isDir, const NodePtr& parent = {}) {
+        return std::make_shared<Node>(std::move(url), isDir, parent);
+    }
+
+    // Absolute path in the file system's own bytes; never converted, so a name
+    // that is not valid UTF-8 still reaches du, rename and the archive intact.
+    const QByteArray url;
+    // Display name; invalid bytes become replacement characters here only.
+    const QString name;
+    const bool isDir;
+
+    std::weak_ptr<Node> parent;
+    qint64 size = -1;
+    // Absent: not listed (or listing discarded). Empty: listed and empty.
+    std::optional<NodeList> children;
+    qint64 pending = 0;
+};
+
+// The last path component, or the whole path when that component is empty ("/").
+QByteArray lastPathComponent(const QByteArray& path);
+// The path with its last component removed ("/" stays "/").
+QByteArray deletingLastPathComponent(const QByteArray& path);
+// A path's bytes as text for display, with U+FFFD for bytes that are not UTF-8.
+QString displayPath(const QByteArray& path);

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QByteArray>
+
+// A path made absolute against the working folder, bytes kept as they are.
+QByteArray absolutePath(const QByteArray& path);
+// An item exists at path and is a folder (a link to a folder counts).
+bool isExistingDirectory(const QByteArray& path);
+bool itemExists(const QByteArray& path);

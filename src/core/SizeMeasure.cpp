@@ -1,0 +1,29 @@
+#include "core/SizeMeasure.h"
+
+#include "core/DuOutput.h"
+#include "core/Node.h"
+#include "platform/ChildProcess.h"
+
+#include <sys/stat.h>
+
+qint64 fileAllocatedSize(const QByteArray& path) {
+    struct stat st {};
+    if (lstat(path.constData(), &st) != 0)
+        return 0;
+    // st_blocks counts 512-byte units whatever the file system's block size.
+    const qint64 allocated = qint64(st.st_blocks) * 512;
+    if (allocated >= 0)
+        return allocated;
+    return st.st_size > 0 ? qint64(st.st_size) : 0;
+}
+
+qint64 folderDiskUsage(const QByteArray& path) {
+    const auto output = runForOutput("/usr/bin/du", {"-sk", path});
+    if (!output)
+        return 0;
+    return std::max<qint64>(0, duSizeFromOutput(*output, path));
+}
+
+qint64 computeSize(const Node& node) {
+    return node.isDir ? folderDiskUsage(node.url) : fileAllocatedSize(node.url);
+}

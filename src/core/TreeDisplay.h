@@ -1,0 +1,17 @@
+#pragma once
+
+#include "core/Node.h"
+
+// What the size tree needs from whatever shows it: the controller never talks to a
+// view directly, so the outline and test stand-ins plug in here.
+class TreeDisplay {
+public:
+    virtual ~TreeDisplay() = default;
+    // The node has a row on screen: it is in the tree and every ancestor is open.
+    virtual bool isShown(const Node& node) const = 0;
+    // The node's cells show its current fields.
+    virtual void redrawRow(const NodePtr& node) = 0;
+    // The node's row and its children rows show the current children in their
+    // current order (after a sort, a size change of the folder, or a discarded listing).
+    virtual void redrawRowAndChildren(const NodePtr& node) = 0;
+};

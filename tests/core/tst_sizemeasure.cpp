@@ -1,0 +1,95 @@
+#include "TempTree.h"
+#include "core/Node.h"
+#include "core/SizeMeasure.h"
+
+using namespace temptree;
+
+class TestSizeMeasure : public QObject {
+    Q_OBJECT
+    QTemporaryDir tmp;
+    QByteArray root;
+
+private Q_SLOTS:
+    void initTestCase() {
+        QVERIFY(tmp.isValid());
+        root = QFile::encodeName(tmp.path());
+    }
+
+    void filesMatchStat_data() {
+        QTest::addColumn<qint64>("bytes");
+        QTest::newRow("empty") << qint64(0);
+        QTest::newRow("one byte takes a block") << qint64(1);
+        QTest::newRow("4 KiB") << qint64(4096);
+        QTest::newRow("odd size") << qint64(100001);
+        QTest::newRow("1 MiB") << qint64(1 << 20);
+    }
+    void filesMatchStat() {
+        QFETCH(qint64, bytes);
+        const QByteArray path = join(root, "file" + QByteArray::number(bytes));
+        writeFile(path, bytes);
+        const qint64 measured = computeSize(Node(path, false));
+        QCOMPARE(measured, statBlocksBytes(path));
+        QVERIFY(measured >= bytes); // allocated, not logical
+    }
+
+    void sparseFileCountsAllocatedBytes() {
+        const QByteArray path = join(root, "sparse");
+        const int fd = open(path.constData(), O_WRONLY | O_CREAT, 0644);
+        QVERIFY(fd >= 0);
+        QVERIFY(ftruncate(fd, 64 << 20) == 0);
+        close(fd);
+        const qint64 measured = computeSize(Node(path, false));
+        QCOMPARE(measured, statBlocksBytes(path));
+        QVERIFY(measured < (64 << 20));
+    }
+
+    void linkIsMeasuredAsTheLink() {
+        const QByteArray target = join(root, "big");
+        writeFile(target, 1 << 20);
+        const QByteArray link = join(root, "link");
+        QVERIFY(symlink(target.constData(), link.constData()) == 0);
+        QCOMPARE(computeSize(Node(link, false)), statBlocksBytes(link));
+        QVERIFY(computeSize(Node(link, false)) < (1 << 20));
+    }
+
+    void missingItemsAreZero() {
+        QCOMPARE(computeSize(Node(join(root, "gone"), false)), qint64(0));
+        QCOMPARE(computeSize(Node(join(root, "gone"), true)), qint64(0));
+    }
+
+    void foldersMatchDu_data() {
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("plain") << QByteArray("plain");
+        QTest::newRow("blanks and quotes") << QByteArray("a b 'c' \"d\"");
+        QTest::newRow("leading dash") << QByteArray("-rf");
+        QTest::newRow("not UTF-8") << QByteArray("bad\xff\xfe name");
+    }
+    void foldersMatchDu() {
+        QFETCH(QByteArray, name);
+        const QByteArray folder = join(root, name);
+        makeDir(folder);
+        makeDir(join(folder, "sub"));
+        writeFile(join(folder, "a"), 300000);
+        writeFile(join(join(folder, "sub"), "b"), 70000);
+        const qint64 measured = computeSize(Node(folder, true));
+        QVERIFY(measured >= 370000);
+        QCOMPARE(measured, duBytes(folder));
+    }
+
+    // Unreadable parts make du complain and exit non-zero; the number still counts.
+    void unreadableSubfolderKeepsTheTotal() {
+        if (geteuid() == 0)
+            QSKIP("root reads every folder; nothing to make unreadable");
+        const QByteArray folder = join(root, "locked");
+        makeDir(folder);
+        makeDir(join(folder, "closed"));
+        writeFile(join(folder, "open"), 50000);
+        QVERIFY(chmod(join(folder, "closed").constData(), 0) == 0);
+        const qint64 measured = computeSize(Node(folder, true));
+        chmod(join(folder, "closed").constData(), 0755);
+        QVERIFY(measured >= 50000);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSizeMeasure)
+#include "tst_sizemeasure.moc"
