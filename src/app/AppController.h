@@ -3,14 +3,29 @@
 #include "core/Node.h"
 #include "text/Lang.h"
 
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QThreadPool>
+#include <QUrl>
 
+#include <functional>
+
+class QAbstractScrollArea;
+class QLabel;
+class QLineEdit;
+class QMainWindow;
+class QMenuBar;
+class QPushButton;
+class QRadioButton;
+class QWidget;
 class TreeDisplay;
+class TreeModel;
+class TreeOutlineView;
 
-// The one controller: owns the tree, the background queue and (once built) the
-// window. Each subsystem defines its member functions in its own folder.
+// The one controller: owns the tree, the background queue, the main window and its
+// views, the About and Preferences windows. Each subsystem defines its member
+// functions in its own folder (core, ui, volumes, app).
 class AppController : public QObject {
     Q_OBJECT
 public:
@@ -20,22 +35,82 @@ public:
     // --- size tree (src/core) ---
     // Lists an unlisted folder and queues one measurement per child.
     void ensureListed(const NodePtr& node);
+    // Makes the folder the root of a new tree and starts measuring it.
+    void openPath(const QByteArray& path);
+    // Re-measures the node, then each ancestor in turn up to the root.
+    void recompute(const NodePtr& node);
+    // After a change on disk: lists the node's folder afresh and re-measures it upwards.
+    void refreshParent(const NodePtr& node);
 
     NodePtr rootNode;
     // Runs every measurement; at most six at once.
     QThreadPool* const sizeQueue;
-    // Whatever shows the tree; may be absent (nothing is drawn then).
+    // Whatever shows the tree; the outline's model once the window is built.
     TreeDisplay* display = nullptr;
 
     // --- languages (src/text) ---
     // The stored choice when valid, else the user's first preferred language.
     static Lang defaultLang();
 
+    // --- main window (src/ui) ---
+    void buildWindow();
+    QWidget* makeEmptyState();
+    void setEmpty(bool empty);
+    void colorizeTitle();
+    void pathEntered();
+    void browseClicked();
+    void goUp();
+    // Launch: the first command-line argument, when it is an existing folder.
+    void applicationDidFinishLaunching(const QStringList& arguments);
+    // Items handed over by the desktop: the first one is opened.
+    void applicationOpen(const QList<QUrl>& urls);
+
+    QMainWindow* window = nullptr;
+    TreeOutlineView* outline = nullptr;
+    TreeModel* model = nullptr;
+    QLineEdit* pathField = nullptr;
+    QLabel* status = nullptr;
+    QPushButton* upButton = nullptr;
+    QWidget* emptyState = nullptr;
+    QWidget* topBar = nullptr;
+    QAbstractScrollArea* scroll = nullptr;
+    QPushButton* topBrowse = nullptr;
+    QPushButton* emptyBrowse = nullptr;
+    QLabel* emptyTitle = nullptr;
+    QLabel* credit = nullptr;
+
+    // --- volumes panel (src/volumes) ---
+    // Builds the panel's views (header, grant button, list); buildWindow places it.
+    QWidget* makeVolumesPanel();
+    void refreshVolumes();
+    void volumesChanged();
+    void openFullDiskAccess();
+
+    QWidget* volumesPanel = nullptr;
+    QWidget* volumesList = nullptr;
+    QLabel* volHeaderLabel = nullptr;
+    QPushButton* grantButton = nullptr;
+
+    // --- application shell (src/app) ---
+    void buildMainMenu();
+    void showAbout();
+    void showPrefs();
+    void langRadioChanged(Lang lang);
+    void relocalize();
+
+    QMenuBar* mainMenu = nullptr;
+    QWidget* aboutWindow = nullptr;
+    QWidget* prefsWindow = nullptr;
+    QLabel* prefsLangLabel = nullptr;
+    QList<QRadioButton*> langRadios;
+
 private:
     void applyChildSize(const NodePtr& child, const NodePtr& folder, qint64 size);
-    // Runs work on sizeQueue and hands its result back to the main thread, where
-    // apply runs with a weak controller (null when the controller is gone).
+    void applyRootTotal(const NodePtr& root, qint64 size);
+    // Runs computeSize on sizeQueue and hands the result back to the main thread,
+    // where apply runs with a weak controller (null when the controller is gone).
     void measureInBackground(const NodePtr& node,
                              std::function<void(QPointer<AppController>, qint64)> apply);
     bool isShown(const Node& node) const;
+    void showStatusForRoot();
 };
