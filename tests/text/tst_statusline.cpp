@@ -1,0 +1,71 @@
+#include "core/Node.h"
+#include "text/Lang.h"
+#include "text/StatusLine.h"
+
+#include <QTest>
+
+class TestStatusLine : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { Loc::current = Lang::en; }
+
+    void line_data() {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<int>("children"); // -1: not listed yet
+        QTest::addColumn<QString>("line");
+        QTest::newRow("en unknown size")
+            << "en" << qint64(-1) << 3 << "/data/Photos  ·  3 items  ·  Total Calculating…";
+        QTest::newRow("en known size")
+            << "en" << qint64(1536) << 2 << "/data/Photos  ·  2 items  ·  Total 1.5 KB";
+        QTest::newRow("en zero children")
+            << "en" << qint64(0) << 0 << "/data/Photos  ·  0 items  ·  Total 0 B";
+        QTest::newRow("en not listed")
+            << "en" << qint64(-1) << -1 << "/data/Photos  ·  Calculating…";
+        QTest::newRow("ko unknown size")
+            << "ko" << qint64(-1) << 3 << "/data/Photos  ·  하위 3개  ·  합계 계산중…";
+        QTest::newRow("ko known size") << "ko" << qint64(5) * 1024 * 1024 << 12
+                                       << "/data/Photos  ·  하위 12개  ·  합계 5.0 MB";
+        QTest::newRow("ko zero children")
+            << "ko" << qint64(4096) << 0 << "/data/Photos  ·  하위 0개  ·  합계 4.0 KB";
+        QTest::newRow("ko not listed") << "ko" << qint64(-1) << -1 << "/data/Photos  ·  계산중…";
+    }
+    void line() {
+        QFETCH(QString, lang);
+        QFETCH(qint64, size);
+        QFETCH(int, children);
+        QFETCH(QString, line);
+        Loc::current = *LangInfo::fromRawValue(lang);
+        const NodePtr root = Node::make("/data/Photos", true);
+        root->size = size;
+        if (children >= 0) {
+            root->children.emplace();
+            for (int i = 0; i < children; ++i)
+                root->children->push_back(
+                    Node::make("/data/Photos/" + QByteArray::number(i), false, root));
+        }
+        QCOMPARE(statusLineForRoot(*root), line);
+    }
+
+    // Only direct children count, not the whole tree below the root.
+    void countsDirectChildrenOnly() {
+        const NodePtr root = Node::make("/r", true);
+        root->size = 10;
+        const NodePtr folder = Node::make("/r/f", true, root);
+        folder->children =
+            NodeList{Node::make("/r/f/a", false, folder), Node::make("/r/f/b", false, folder)};
+        root->children = NodeList{folder};
+        QCOMPARE(statusLineForRoot(*root), QString("/r  ·  1 items  ·  Total 10 B"));
+    }
+
+    // A name that is not UTF-8 still shows, with a replacement character.
+    void pathNotUtf8() {
+        const NodePtr root = Node::make("/r/caf\xe9", true);
+        root->size = 0;
+        root->children.emplace();
+        QCOMPARE(statusLineForRoot(*root), QString("/r/caf\uFFFD  ·  0 items  ·  Total 0 B"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStatusLine)
+#include "tst_statusline.moc"
