@@ -1,0 +1,68 @@
+// The About window: icon, name, version and credit; made once, never updated.
+#include "app/AppController.h"
+#include "app/AppIcon.h"
+#include "app/AppVersion.h"
+#include "app/AuxWindow.h"
+#include "ui/Style.h"
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QVBoxLayout>
+
+namespace {
+
+QLabel* centredLabel(const QString& text, qreal pointSize, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setAlignment(Qt::AlignHCenter);
+    QFont font = label->font();
+    font.setPointSizeF(pointSize);
+    label->setFont(font);
+    return label;
+}
+
+void setTextColor(QLabel* label, const QColor& color) {
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::WindowText, color);
+    label->setPalette(palette);
+}
+
+QWidget* buildAboutWindow(QObject* owner) {
+    QWidget* about = makeAuxWindow(owner);
+    about->setWindowTitle(QString());
+
+    auto* icon = new QLabel(about);
+    icon->setFixedSize(88, 88);
+    icon->setPixmap(appIconPixmap(88, about->devicePixelRatioF()));
+
+    QLabel* name = centredLabel(QStringLiteral("Sizeloom"), 16, about);
+    QFont bold = name->font();
+    bold.setBold(true);
+    name->setFont(bold);
+
+    QLabel* version = centredLabel(QStringLiteral("Version ") + appVersion(), 11, about);
+    setTextColor(version, secondaryTextColor());
+
+    QLabel* credit = centredLabel(QStringLiteral("Made by the Sizeloom developers"), 10, about);
+    setTextColor(credit, tertiaryTextColor());
+
+    auto* stack = new QVBoxLayout(about);
+    stack->setSizeConstraint(QLayout::SetFixedSize);
+    stack->setContentsMargins(40, 28, 40, 28);
+    stack->setSpacing(0);
+    stack->addWidget(icon, 0, Qt::AlignHCenter);
+    stack->addSpacing(12);
+    stack->addWidget(name, 0, Qt::AlignHCenter);
+    stack->addSpacing(6);
+    stack->addWidget(version, 0, Qt::AlignHCenter);
+    stack->addSpacing(2);
+    stack->addWidget(credit, 0, Qt::AlignHCenter);
+    return about;
+}
+
+} // namespace
+
+void AppController::showAbout() {
+    if (!aboutWindow)
+        aboutWindow = buildAboutWindow(this);
+    presentCentered(aboutWindow, window ? window->screen() : nullptr);
+}

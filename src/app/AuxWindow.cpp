@@ -1,0 +1,33 @@
+#include "app/AuxWindow.h"
+
+#include "app/AppIcon.h"
+#include "app/DeleteWith.h"
+
+#include <QGuiApplication>
+#include <QLayout>
+#include <QScreen>
+#include <QWidget>
+
+QWidget* makeAuxWindow(QObject* owner) {
+    auto* window = new QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                            Qt::WindowCloseButtonHint);
+    window->setWindowIcon(appIcon());
+    deleteWith(owner, window);
+    return window;
+}
+
+void presentCentered(QWidget* window, QScreen* screen) {
+    // The size comes from the layout; settle it before placing the window.
+    if (QLayout* layout = window->layout())
+        layout->activate();
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    if (screen) {
+        QRect frame(QPoint(), window->size());
+        frame.moveCenter(screen->availableGeometry().center());
+        window->move(frame.topLeft());
+    }
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
