@@ -9,17 +9,20 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QSet>
 
 namespace {
 
-// Item views read their column titles from the table each time; they only need to be
-// told that the titles changed.
+// Item views read their column titles from the table each time; their models only
+// need to say that the titles changed, once each (a tree and its header share one).
 void retitleColumns(QWidget* window) {
-    for (QAbstractItemView* view : window->findChildren<QAbstractItemView*>()) {
-        QAbstractItemModel* itemModel = view->model();
-        if (itemModel && itemModel->columnCount() > 0)
+    QSet<QAbstractItemModel*> models;
+    for (QAbstractItemView* view : window->findChildren<QAbstractItemView*>())
+        if (view->model())
+            models.insert(view->model());
+    for (QAbstractItemModel* itemModel : std::as_const(models))
+        if (itemModel->columnCount() > 0)
             Q_EMIT itemModel->headerDataChanged(Qt::Horizontal, 0, itemModel->columnCount() - 1);
-    }
 }
 
 } // namespace

@@ -22,12 +22,18 @@ void presentCentered(QWidget* window, QScreen* screen) {
         layout->activate();
     if (!screen)
         screen = QGuiApplication::primaryScreen();
-    if (screen) {
-        QRect frame(QPoint(), window->size());
+    const auto centre = [window, screen] {
+        if (!screen)
+            return;
+        QRect frame = window->frameGeometry();
         frame.moveCenter(screen->availableGeometry().center());
         window->move(frame.topLeft());
-    }
+    };
+    // The frame is only known once the window is on screen; placing it before too
+    // keeps it from appearing elsewhere first.
+    centre();
     window->show();
+    centre();
     window->raise();
     window->activateWindow();
 }
