@@ -1,0 +1,2 @@
+# The single-instance test owns a bus name, so it gets a private session bus.
+sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/tst_singleinstance.cpp dbus-run-session --)
