@@ -80,3 +80,16 @@ private:
                process.exitCode() == 0;
     }
 };
+
+// Makes and mounts the image with the label, or skips the test where loop mounts
+// cannot be had (not root, no loop devices, refused for want of permission).
+#define LOOP_MOUNT_OR_SKIP(image, label)                                                           \
+    do {                                                                                           \
+        if (const QString reason = LoopImage::unavailableReason(); !reason.isEmpty())              \
+            QSKIP(qPrintable(reason));                                                             \
+        QString skipReason;                                                                        \
+        const bool mounted = (image).mount(label, &skipReason);                                    \
+        if (!skipReason.isEmpty())                                                                 \
+            QSKIP(qPrintable(skipReason));                                                         \
+        QVERIFY2(mounted, "could not make and mount the image");                                   \
+    } while (false)
