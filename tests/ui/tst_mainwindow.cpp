@@ -376,6 +376,20 @@ private Q_SLOTS:
         }
     }
 
+    void frameIsKeptBetweenRuns()
+    {
+        QRect placed;
+        {
+            WindowFixture f;
+            f.c().window->show();
+            f.c().window->setGeometry(40, 50, 700, 480);
+            placed = f.c().window->geometry();
+            f.c().window->close();
+        }
+        WindowFixture f;
+        QCOMPARE(f.c().window->geometry().size(), placed.size());
+    }
+
     void handedOverItemsOpenTheFirst() {
         const QByteArray folder = tmp.freshFolder();
         makeDir(join(folder, "a"));
