@@ -2,9 +2,9 @@
 #include "platform/MountMonitor.h"
 #include "platform/MountTable.h"
 #include "ui/Style.h"
+#include "ui/UiFont.h"
 #include "volumes/ListedVolume.h"
 #include "volumes/PermissionSettings.h"
-#include "volumes/SystemFont.h"
 #include "volumes/VolumeRow.h"
 
 #include <QHBoxLayout>
@@ -15,13 +15,11 @@
 
 QWidget* AppController::makeVolumesPanel() {
     volHeaderLabel = new QLabel(t(QStringLiteral("vol_header")));
-    volHeaderLabel->setFont(systemFont(11, QFont::DemiBold));
-    QPalette palette = volHeaderLabel->palette();
-    palette.setColor(QPalette::WindowText, secondaryTextColor());
-    volHeaderLabel->setPalette(palette);
+    volHeaderLabel->setFont(uiFont(11, QFont::DemiBold));
+    setTextColor(volHeaderLabel, secondaryTextColor());
 
     grantButton = new QPushButton(t(QStringLiteral("vol_grant")));
-    grantButton->setFont(systemFont(10));
+    grantButton->setFont(uiFont(10));
     connect(grantButton, &QPushButton::clicked, this, &AppController::openFullDiskAccess);
 
     auto* header = new QHBoxLayout;

@@ -1,8 +1,8 @@
 #include "volumes/VolumeRow.h"
 
+#include "ui/UiFont.h"
 #include "volumes/CapacityText.h"
 #include "volumes/DriveIcon.h"
-#include "volumes/SystemFont.h"
 #include "volumes/VolumeBar.h"
 
 #include <QGuiApplication>
@@ -22,7 +22,7 @@ QLabel* iconView(bool internal) {
 QLabel* nameView(const QString& name) {
     constexpr int width = 130;
     auto* label = new QLabel;
-    label->setFont(systemFont(11));
+    label->setFont(uiFont(11));
     label->setFixedWidth(width);
     label->setText(label->fontMetrics().elidedText(name, Qt::ElideRight, width));
     return label;
@@ -37,7 +37,7 @@ VolumeBar* barView(qint64 freeBytes, qint64 totalBytes) {
 
 QLabel* capacityView(qint64 freeBytes, qint64 totalBytes) {
     auto* label = new QLabel;
-    label->setFont(systemFont(11));
+    label->setFont(uiFont(11));
     label->setTextFormat(Qt::RichText);
     label->setText(richText(capAttr(freeBytes, totalBytes)));
     label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);

@@ -55,10 +55,10 @@ private Q_SLOTS:
         QCOMPARE(controller.volumesPanel, panel.get());
         QVERIFY(controller.volumesList && controller.volHeaderLabel && controller.grantButton);
         QCOMPARE(controller.volHeaderLabel->text(), t("vol_header"));
-        QCOMPARE(controller.volHeaderLabel->font().pointSizeF(), 11.0);
+        QCOMPARE(controller.volHeaderLabel->font().pixelSize(), 11);
         QCOMPARE(controller.volHeaderLabel->font().weight(), QFont::DemiBold);
         QCOMPARE(controller.grantButton->text(), t("vol_grant"));
-        QCOMPARE(controller.grantButton->font().pointSizeF(), 10.0);
+        QCOMPARE(controller.grantButton->font().pixelSize(), 10);
 
         auto* panelLayout = qobject_cast<QVBoxLayout*>(panel->layout());
         QVERIFY(panelLayout);
