@@ -34,7 +34,8 @@ bool isBrowsableMount(libmnt_fs* fs) {
     const QByteArray mountPoint = mnt_fs_get_target(fs);
     if (isAlwaysListed(mountPoint))
         return true;
-    // A root other than "/" is a bind mount of a folder inside a volume listed elsewhere.
+    // A root other than "/" mounts one folder of a file system (a bind mount, a
+    // subvolume): part of a volume, not a volume.
     if (QByteArray(mnt_fs_get_root(fs)) != "/" || isSystemMountPoint(mountPoint))
         return false;
     const QByteArray fsType = mnt_fs_get_fstype(fs);
@@ -52,8 +53,8 @@ bool isBrowsableMount(libmnt_fs* fs) {
 bool isLocalMount(libmnt_fs* fs) {
     // Network file systems that libmount does not know as such.
     static const QByteArrayList networkTypes{
-        "ceph",        "fuse.ceph",     "fuse.glusterfs", "davfs", "fuse.davfs", "fuse.s3fs",
-        "fuse.rclone", "fuse.smbnetfs", "fuse.curlftpfs", "coda",  "lustre",     "fuse.gcsfuse"};
+        "ceph",        "fuse.ceph",     "fuse.glusterfs", "davfs",  "fuse.davfs",  "fuse.s3fs",
+        "fuse.rclone", "fuse.smbnetfs", "coda",           "lustre", "fuse.gcsfuse"};
     return !mnt_fs_is_netfs(fs) && !networkTypes.contains(QByteArray(mnt_fs_get_fstype(fs)));
 }
 

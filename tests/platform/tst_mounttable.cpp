@@ -158,12 +158,14 @@ private Q_SLOTS:
                                         "40 26 0:41 / /mnt/merged rw,relatime - overlay overlay "
                                         "rw,lowerdir=/a,upperdir=/b,workdir=/c\n")
                                  << QByteArray() << QByteArray() << rootOnly;
-        QTest::newRow("nfs and smb shares")
+        QTest::newRow("nfs, smb, sshfs and webdav shares")
             << QByteArray("40 26 0:42 / /mnt/nas rw,relatime - nfs4 server:/export "
                           "rw,vers=4.2,addr=10.0.0.2\n"
                           "41 26 0:43 / /mnt/smb rw,relatime - cifs //server/share rw,vers=3.1.1\n"
                           "42 26 0:44 / /home/joe/remote rw,nosuid,nodev - fuse.sshfs "
-                          "joe@host:/ rw,user_id=1000,group_id=1000\n")
+                          "joe@host:/ rw,user_id=1000,group_id=1000\n"
+                          "43 26 0:46 / /home/joe/dav rw,nosuid,nodev - fuse.davfs "
+                          "https://dav.example/ rw,user_id=1000,group_id=1000\n")
             << QByteArray() << QByteArray() << rootOnly;
         QTest::newRow("fuse file system of the user")
             << QByteArray("40 26 0:45 / /home/joe/Private rw,nosuid,nodev - fuse.encfs encfs "
