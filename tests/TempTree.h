@@ -13,6 +13,25 @@
 
 namespace temptree {
 
+// A temporary folder removed with everything in it, also names that are not UTF-8
+// (which QTemporaryDir cannot delete).
+class Dir {
+public:
+    Dir() { dir.setAutoRemove(false); }
+    ~Dir() { runForOutput("/bin/rm", {"-rf", "--", bytes()}); }
+    bool isValid() const { return dir.isValid(); }
+    QByteArray bytes() const { return QFile::encodeName(dir.path()); }
+    // A new empty folder inside, one per test case.
+    QByteArray freshFolder() {
+        const QByteArray folder = bytes() + "/case" + QByteArray::number(++made);
+        return mkdir(folder.constData(), 0755) == 0 ? folder : QByteArray();
+    }
+
+private:
+    QTemporaryDir dir;
+    int made = 0;
+};
+
 inline QByteArray join(const QByteArray& folder, const QByteArray& name) {
     return folder + '/' + name;
 }

@@ -7,7 +7,7 @@ PACKAGES=(
   cmake ninja-build g++ pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 qt6-qpa-plugins
   libarchive-dev libmount-dev libblkid-dev
-  coreutils dbus dbus-x11 xvfb xauth x11-utils
+  coreutils dbus dbus-x11 xvfb xauth x11-utils libx11-dev
   appstream desktop-file-utils unzip zip e2fsprogs
   fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme
 )

@@ -8,7 +8,6 @@
 #include <QPointer>
 #include <QThreadPool>
 #include <QUrl>
-
 #include <functional>
 
 class QAbstractScrollArea;
@@ -61,7 +60,7 @@ public:
     void browseClicked();
     void goUp();
     // Launch: the first command-line argument, when it is an existing folder.
-    void applicationDidFinishLaunching(const QStringList& arguments);
+    void applicationDidFinishLaunching(const QList<QByteArray>& arguments);
     // Items handed over by the desktop: the first one is opened.
     void applicationOpen(const QList<QUrl>& urls);
 
@@ -105,12 +104,14 @@ public:
     QList<QRadioButton*> langRadios;
 
 private:
+    // Measures one listed child on a worker and hands the size to the main thread.
+    static void reportSize(QPointer<AppController> self, const NodePtr& child,
+                           const NodePtr& folder);
     void applyChildSize(const NodePtr& child, const NodePtr& folder, qint64 size);
-    void applyRootTotal(const NodePtr& root, qint64 size);
+    void applyRootTotal(const NodePtr& root);
     // Runs computeSize on sizeQueue and hands the result back to the main thread,
     // where apply runs with a weak controller (null when the controller is gone).
     void measureInBackground(const NodePtr& node,
                              std::function<void(QPointer<AppController>, qint64)> apply);
     bool isShown(const Node& node) const;
-    void showStatusForRoot();
 };

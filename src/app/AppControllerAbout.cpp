@@ -4,6 +4,7 @@
 #include "app/AppVersion.h"
 #include "app/AuxWindow.h"
 #include "ui/Style.h"
+#include "ui/UiFont.h"
 
 #include <QLabel>
 #include <QMainWindow>
@@ -11,19 +12,11 @@
 
 namespace {
 
-QLabel* centredLabel(const QString& text, qreal pointSize, QWidget* parent) {
+QLabel* centredLabel(const QString& text, const QFont& font, QWidget* parent) {
     auto* label = new QLabel(text, parent);
     label->setAlignment(Qt::AlignHCenter);
-    QFont font = label->font();
-    font.setPointSizeF(pointSize);
     label->setFont(font);
     return label;
-}
-
-void setTextColor(QLabel* label, const QColor& color) {
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, color);
-    label->setPalette(palette);
 }
 
 QWidget* buildAboutWindow(QObject* owner) {
@@ -34,15 +27,13 @@ QWidget* buildAboutWindow(QObject* owner) {
     icon->setFixedSize(88, 88);
     icon->setPixmap(appIconPixmap(88, about->devicePixelRatioF()));
 
-    QLabel* name = centredLabel(QStringLiteral("Sizeloom"), 16, about);
-    QFont bold = name->font();
-    bold.setBold(true);
-    name->setFont(bold);
+    QLabel* name = centredLabel(QStringLiteral("Sizeloom"), uiFont(16, QFont::Bold), about);
 
-    QLabel* version = centredLabel(QStringLiteral("Version ") + appVersion(), 11, about);
+    QLabel* version = centredLabel(QStringLiteral("Version ") + appVersion(), uiFont(11), about);
     setTextColor(version, secondaryTextColor());
 
-    QLabel* credit = centredLabel(QStringLiteral("Made by the Sizeloom developers"), 10, about);
+    QLabel* credit =
+        centredLabel(QStringLiteral("Made by the Sizeloom developers"), uiFont(10), about);
     setTextColor(credit, tertiaryTextColor());
 
     auto* stack = new QVBoxLayout(about);

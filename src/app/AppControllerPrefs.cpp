@@ -3,6 +3,7 @@
 #include "app/AppController.h"
 #include "app/AuxWindow.h"
 #include "app/UserDefaults.h"
+#include "ui/UiFont.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -21,10 +22,7 @@ void AppController::showPrefs() {
         prefsWindow = makeAuxWindow(this);
 
         prefsLangLabel = new QLabel(t(QStringLiteral("prefs_language")), prefsWindow);
-        QFont font = prefsLangLabel->font();
-        font.setPointSizeF(13);
-        font.setWeight(QFont::DemiBold);
-        prefsLangLabel->setFont(font);
+        prefsLangLabel->setFont(uiFont(13, QFont::DemiBold));
 
         auto* grid = new QGridLayout;
         grid->setVerticalSpacing(12);

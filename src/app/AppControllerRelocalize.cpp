@@ -3,29 +3,11 @@
 #include "app/AppController.h"
 #include "text/StatusLine.h"
 #include "ui/Style.h"
+#include "ui/TreeModel.h"
 
-#include <QAbstractItemView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMainWindow>
 #include <QPushButton>
-#include <QSet>
-
-namespace {
-
-// Item views read their column titles from the table each time; their models only
-// need to say that the titles changed, once each (a tree and its header share one).
-void retitleColumns(QWidget* window) {
-    QSet<QAbstractItemModel*> models;
-    for (QAbstractItemView* view : window->findChildren<QAbstractItemView*>())
-        if (view->model())
-            models.insert(view->model());
-    for (QAbstractItemModel* itemModel : std::as_const(models))
-        if (itemModel->columnCount() > 0)
-            Q_EMIT itemModel->headerDataChanged(Qt::Horizontal, 0, itemModel->columnCount() - 1);
-}
-
-} // namespace
 
 void AppController::relocalize() {
     if (pathField)
@@ -39,14 +21,15 @@ void AppController::relocalize() {
             accentize(browse, t(QStringLiteral("choose_folder")));
     if (emptyTitle)
         emptyTitle->setText(t(QStringLiteral("drop_here")));
-    if (window)
-        retitleColumns(window);
+    // The model reads its column titles from the table each time they are shown.
+    if (model)
+        Q_EMIT model->headerDataChanged(Qt::Horizontal, 0, TreeModel::ColumnCount - 1);
     if (status) {
         // While the root is still being listed its line has no count to rebuild.
         if (!rootNode)
             status->setText(t(QStringLiteral("status_initial")));
         else if (rootNode->children)
-            status->setText(statusLineForRoot(*rootNode));
+            status->setText(countedStatusLine(*rootNode));
     }
     if (prefsLangLabel)
         prefsLangLabel->setText(t(QStringLiteral("prefs_language")));

@@ -11,23 +11,11 @@ const QString iconPath = QStringLiteral(":/icons/org.sizeloom.Sizeloom.svg");
 
 } // namespace
 
-// The resources live in a static library, whose registration the linker would drop
-// unless something calls it.
-static void loadResources() {
-    static const bool loaded = [] {
-        Q_INIT_RESOURCE(app);
-        return true;
-    }();
-    Q_UNUSED(loaded);
-}
-
 QIcon appIcon() {
-    loadResources();
     return QIcon(iconPath);
 }
 
 QPixmap appIconPixmap(int side, qreal devicePixelRatio) {
-    loadResources();
     QSvgRenderer renderer(iconPath);
     if (!renderer.isValid())
         return QGuiApplication::windowIcon().pixmap(QSize(side, side), devicePixelRatio);

@@ -20,6 +20,21 @@ void AppController::measureInBackground(
     });
 }
 
+void AppController::reportSize(QPointer<AppController> self, const NodePtr& child,
+                               const NodePtr& folder) {
+    const qint64 size = computeSize(*child);
+    QCoreApplication* app = QCoreApplication::instance();
+    if (!app)
+        return;
+    QMetaObject::invokeMethod(
+        app,
+        [self, child, folder, size] {
+            if (self)
+                self->applyChildSize(child, folder, size);
+        },
+        Qt::QueuedConnection);
+}
+
 bool AppController::isShown(const Node& node) const {
     return display && display->isShown(node);
 }
@@ -32,13 +47,15 @@ void AppController::ensureListed(const NodePtr& node) {
         children.push_back(Node::make(std::move(entry.path), entry.isDir, node));
     node->children = std::move(children);
     node->pending = qint64(node->children->size());
-    for (const NodePtr& child : *node->children) {
-        measureInBackground(child,
-                            [child, folder = node](QPointer<AppController> self, qint64 size) {
-                                if (self)
-                                    self->applyChildSize(child, folder, size);
-                            });
-    }
+    if (node->children->empty())
+        return;
+    // One measurement per child. A large folder has tens of thousands: they are put on
+    // the queue from a worker, so the interface does not wait for the queueing itself.
+    QPointer<AppController> self(this);
+    sizeQueue->start([self, pool = sizeQueue, folder = node, children = *node->children] {
+        for (const NodePtr& child : children)
+            pool->start([self, child, folder] { reportSize(self, child, folder); });
+    });
 }
 
 void AppController::applyChildSize(const NodePtr& child, const NodePtr& folder, qint64 size) {

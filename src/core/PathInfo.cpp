@@ -1,6 +1,7 @@
 #include "core/PathInfo.h"
 
 #include <climits>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -24,4 +25,26 @@ bool isExistingDirectory(const QByteArray& path) {
 bool itemExists(const QByteArray& path) {
     struct stat st {};
     return lstat(path.constData(), &st) == 0;
+}
+
+QByteArray expandTilde(const QByteArray& path) {
+    if (!path.startsWith('~'))
+        return path;
+    const qsizetype slash = path.indexOf('/');
+    const QByteArray user = path.mid(1, slash < 0 ? -1 : slash - 1);
+    const QByteArray rest = slash < 0 ? QByteArray() : path.mid(slash);
+    QByteArray home;
+    if (user.isEmpty()) {
+        home = qgetenv("HOME");
+        if (home.isEmpty())
+            if (const passwd* entry = getpwuid(getuid()))
+                home = entry->pw_dir;
+    } else if (const passwd* entry = getpwnam(user.constData())) {
+        home = entry->pw_dir;
+    }
+    if (home.isEmpty())
+        return path;
+    if (home.size() > 1 && home.endsWith('/'))
+        home.chop(1);
+    return home + rest;
 }

@@ -7,3 +7,5 @@ QByteArray absolutePath(const QByteArray& path);
 // An item exists at path and is a folder (a link to a folder counts).
 bool isExistingDirectory(const QByteArray& path);
 bool itemExists(const QByteArray& path);
+// A leading "~" or "~user" replaced by that home folder; anything else unchanged.
+QByteArray expandTilde(const QByteArray& path);

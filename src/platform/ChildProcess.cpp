@@ -1,6 +1,9 @@
 #include "platform/ChildProcess.h"
 
+#include <QMutex>
+#include <QSet>
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -8,6 +11,19 @@
 #include <vector>
 
 extern char** environ;
+
+namespace {
+
+QMutex runningLock;
+QSet<pid_t> running;
+
+} // namespace
+
+void terminateRunningChildren() {
+    QMutexLocker lock(&runningLock);
+    for (pid_t pid : std::as_const(running))
+        kill(pid, SIGTERM);
+}
 
 std::optional<QByteArray> runForOutput(const QByteArray& program, const QList<QByteArray>& args) {
     int pipeFds[2];
@@ -38,6 +54,10 @@ std::optional<QByteArray> runForOutput(const QByteArray& program, const QList<QB
         return std::nullopt;
     }
 
+    {
+        QMutexLocker lock(&runningLock);
+        running.insert(pid);
+    }
     QByteArray out;
     char buffer[4096];
     for (;;) {
@@ -48,6 +68,11 @@ std::optional<QByteArray> runForOutput(const QByteArray& program, const QList<QB
             break;
     }
     close(pipeFds[0]);
+    {
+        // Forgotten before it is reaped: until then its pid cannot be reused.
+        QMutexLocker lock(&runningLock);
+        running.remove(pid);
+    }
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }

@@ -1,7 +1,7 @@
 #include "platform/SingleInstance.h"
 
 #include "platform/ApplicationAdaptor.h"
-#include "platform/FileUris.h"
+#include "platform/LaunchArguments.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -113,7 +113,7 @@ void SingleInstance::open(const QStringList& uris, const QVariantMap& data) {
     QList<QUrl> urls;
     for (const QString& uri : uris) {
         const QUrl url(uri);
-        if (!pathForFileUrl(url).isEmpty())
+        if (url.isLocalFile() && !url.path().isEmpty())
             urls << url;
     }
     activate(data);

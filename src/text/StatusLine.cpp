@@ -4,12 +4,20 @@
 #include "text/Lang.h"
 #include "text/SizeText.h"
 
+QString statusSeparator() {
+    return QStringLiteral("  \u00b7  ");
+}
+
 QString statusLineForRoot(const Node& root) {
-    const QString head = displayPath(root.url) + QStringLiteral("  ·  ");
-    if (!root.children)
-        return head + t(QStringLiteral("calculating"));
+    if (root.size < 0 || !root.children)
+        return displayPath(root.url) + statusSeparator() + t(QStringLiteral("calculating"));
+    return countedStatusLine(root);
+}
+
+QString countedStatusLine(const Node& root) {
     QString counts = t(QStringLiteral("items_total"));
-    counts.replace(QStringLiteral("%d"), QString::number(root.children->size()));
+    const qsizetype count = root.children ? qsizetype(root.children->size()) : 0;
+    counts.replace(QStringLiteral("%d"), QString::number(count));
     counts.replace(QStringLiteral("%@"), humanSize(root.size));
-    return head + counts;
+    return displayPath(root.url) + statusSeparator() + counts;
 }

@@ -16,3 +16,7 @@ void accentize(QPushButton* button, const QString& title);
 // emphasis below normal text).
 QColor secondaryTextColor();
 QColor tertiaryTextColor();
+
+class QWidget;
+// Sets the colour a label's text is drawn in.
+void setTextColor(QWidget* widget, const QColor& color);

@@ -1,5 +1,4 @@
 #include "app/AppController.h"
-#include "app/VolumesStandIn.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,6 +1,6 @@
 #include "app/AppController.h"
 #include "app/UserDefaults.h"
-#include "app/VolumesStandIn.h"
+#include "app/VolumeRowsProbe.h"
 
 #include <QGuiApplication>
 #include <QLabel>
@@ -57,7 +57,6 @@ private Q_SLOTS:
     void init() {
         Loc::current = Lang::en;
         userDefaults()->clear();
-        refreshVolumesCalls = 0;
     }
 
     void radiosInAThreeByThreeGrid() {
@@ -85,7 +84,7 @@ private Q_SLOTS:
         QLabel* label = controller.prefsLangLabel;
         const QList<QRadioButton*>& radios = controller.langRadios;
         QCOMPARE(label->text(), QStringLiteral("Language"));
-        QCOMPARE(label->font().pointSizeF(), 13.0);
+        QCOMPARE(label->font().pixelSize(), 13);
         QCOMPARE(label->font().weight(), QFont::DemiBold);
         QCOMPARE(label->pos(), QPoint(28, 24));
         QCOMPARE(radios[0]->x(), 28);
@@ -131,6 +130,8 @@ private Q_SLOTS:
 
     void switchWhilePrefsAreOpen() {
         AppController controller;
+        QWidget panel;
+        QPointer<QLabel> oldRow = giveVolumesListAnOldRow(controller, &panel);
         controller.showPrefs();
         QTest::mouseClick(controller.langRadios[4], Qt::LeftButton); // 日本語
         QCOMPARE(Loc::current, Lang::ja);
@@ -140,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(controller.langRadios[0]->text(), QStringLiteral("한국어"));
         QCOMPARE(controller.langRadios[8]->text(), QStringLiteral("Русский"));
         QCOMPARE(storedLang().toString(), QStringLiteral("ja"));
-        QCOMPARE(refreshVolumesCalls, 1);
+        QVERIFY(oldRow.isNull());
         QCOMPARE(controller.mainMenu->actions().at(1)->menu()->title(), QStringLiteral("編集"));
     }
 
@@ -209,12 +210,12 @@ private Q_SLOTS:
         QCOMPARE(icon->pos(), QPoint(icon->x(), 28));
         QCOMPARE(labels[1]->text(), QStringLiteral("Sizeloom"));
         QVERIFY(labels[1]->font().bold());
-        QCOMPARE(labels[1]->font().pointSizeF(), 16.0);
+        QCOMPARE(labels[1]->font().pixelSize(), 16);
         QCOMPARE(labels[1]->y() - icon->geometry().bottom() - 1, 12);
         // Not translated.
         QCOMPARE(labels[2]->text(), QStringLiteral("Version " SIZELOOM_VERSION));
-        QCOMPARE(labels[2]->font().pointSizeF(), 11.0);
-        QCOMPARE(labels[3]->font().pointSizeF(), 10.0);
+        QCOMPARE(labels[2]->font().pixelSize(), 11);
+        QCOMPARE(labels[3]->font().pixelSize(), 10);
         QVERIFY(!labels[3]->text().isEmpty());
         QCOMPARE(labels[3]->y() - labels[2]->geometry().bottom() - 1, 2);
         // Everything on one centre line.

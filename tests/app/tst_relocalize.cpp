@@ -1,7 +1,7 @@
 #include "app/AppController.h"
-#include "app/VolumesStandIn.h"
+#include "app/VolumeRowsProbe.h"
+#include "ui/TreeModel.h"
 
-#include <QAbstractTableModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -10,53 +10,30 @@
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
-#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace {
 
-// Column titles read from the table each time, as the outline's model does.
-class TitledColumns : public QAbstractTableModel {
-public:
-    using QAbstractTableModel::QAbstractTableModel;
-    int rowCount(const QModelIndex& = {}) const override { return 0; }
-    int columnCount(const QModelIndex& = {}) const override { return 3; }
-    QVariant data(const QModelIndex&, int) const override { return {}; }
-    QVariant headerData(int section, Qt::Orientation, int role) const override {
-        static const char* const keys[] = {"col_name", "col_size", "col_pct"};
-        if (role != Qt::DisplayRole || section < 0 || section > 2)
-            return {};
-        return t(QLatin1String(keys[section]));
-    }
-};
-
 // The main window's translated views, made by hand.
-struct Views {
-    QTreeView* outline;
-    TitledColumns* columns;
-
-    explicit Views(AppController& c) {
-        c.window = new QMainWindow;
-        auto* central = new QWidget(c.window);
-        auto* layout = new QVBoxLayout(central);
-        c.pathField = new QLineEdit(central);
-        c.upButton = new QPushButton(central);
-        c.topBrowse = new QPushButton(central);
-        c.emptyBrowse = new QPushButton(central);
-        c.emptyTitle = new QLabel(central);
-        outline = new QTreeView(central);
-        columns = new TitledColumns(outline);
-        outline->setModel(columns);
-        c.status = new QLabel(QStringLiteral("untouched"), central);
-        c.volHeaderLabel = new QLabel(central);
-        c.grantButton = new QPushButton(central);
-        for (QWidget* w : std::initializer_list<QWidget*>{
-                 c.pathField, c.upButton, c.topBrowse, c.emptyBrowse, c.emptyTitle, outline,
-                 c.status, c.volHeaderLabel, c.grantButton})
-            layout->addWidget(w);
-        c.window->setCentralWidget(central);
-    }
-};
+void makeWindowViews(AppController& c) {
+    c.window = new QMainWindow;
+    auto* central = new QWidget(c.window);
+    auto* layout = new QVBoxLayout(central);
+    c.pathField = new QLineEdit(central);
+    c.upButton = new QPushButton(central);
+    c.topBrowse = new QPushButton(central);
+    c.emptyBrowse = new QPushButton(central);
+    c.emptyTitle = new QLabel(central);
+    c.model = new TreeModel(&c, central);
+    c.status = new QLabel(QStringLiteral("untouched"), central);
+    c.volHeaderLabel = new QLabel(central);
+    c.grantButton = new QPushButton(central);
+    for (QWidget* w :
+         std::initializer_list<QWidget*>{c.pathField, c.upButton, c.topBrowse, c.emptyBrowse,
+                                         c.emptyTitle, c.status, c.volHeaderLabel, c.grantButton})
+        layout->addWidget(w);
+    c.window->setCentralWidget(central);
+}
 
 } // namespace
 
@@ -64,10 +41,7 @@ class TestRelocalize : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
-    void init() {
-        Loc::current = Lang::en;
-        refreshVolumesCalls = 0;
-    }
+    void init() { Loc::current = Lang::en; }
 
     void everyTextFollows_data() {
         QTest::addColumn<QString>("lang");
@@ -101,12 +75,14 @@ private Q_SLOTS:
         QFETCH(QString, lang);
         QFETCH(QStringList, texts);
         AppController c;
-        Views views(c);
+        makeWindowViews(c);
+        QPointer<QLabel> oldRow = giveVolumesListAnOldRow(c, c.window);
         c.relocalize();
         QCOMPARE(c.pathField->placeholderText(), QStringLiteral("Paste a folder path, or drag a "
                                                                 "folder into the window"));
-        QSignalSpy headers(views.columns, &QAbstractItemModel::headerDataChanged);
-        refreshVolumesCalls = 0;
+        QSignalSpy headers(c.model, &QAbstractItemModel::headerDataChanged);
+        QVERIFY(oldRow.isNull());
+        oldRow = giveVolumesListAnOldRow(c, c.window);
 
         c.langRadioChanged(*LangInfo::fromRawValue(lang));
 
@@ -125,12 +101,12 @@ private Q_SLOTS:
         QCOMPARE(headers[0][2].toInt(), 2);
         QStringList columnTitles;
         for (int i = 0; i < 3; ++i)
-            columnTitles << views.outline->model()->headerData(i, Qt::Horizontal).toString();
+            columnTitles << c.model->headerData(i, Qt::Horizontal, Qt::DisplayRole).toString();
         QCOMPARE(columnTitles.join(u'|'), texts[4]);
         QCOMPARE(c.status->text(), texts[5]);
         QCOMPARE(c.volHeaderLabel->text(), texts[6]);
         QCOMPARE(c.grantButton->text(), texts[7]);
-        QCOMPARE(refreshVolumesCalls, 1);
+        QVERIFY(oldRow.isNull());
         QCOMPARE(c.window->menuBar(), c.mainMenu);
         QCOMPARE(c.mainMenu->actions().at(1)->menu()->title(), texts[8]);
         delete c.window;
@@ -173,13 +149,15 @@ private Q_SLOTS:
     // Before the window exists only the menu and the Preferences window follow.
     void withoutTheWindow() {
         AppController c;
+        QWidget panel;
+        QPointer<QLabel> oldRow = giveVolumesListAnOldRow(c, &panel);
         c.showPrefs();
         c.langRadioChanged(Lang::zh);
         QCOMPARE(c.prefsWindow->windowTitle(), QStringLiteral("偏好设置"));
         QCOMPARE(c.prefsLangLabel->text(), QStringLiteral("语言"));
         QVERIFY(c.mainMenu);
         QCOMPARE(c.mainMenu->actions().at(1)->menu()->title(), QStringLiteral("编辑"));
-        QCOMPARE(refreshVolumesCalls, 1);
+        QVERIFY(oldRow.isNull());
     }
 };
 

@@ -25,24 +25,17 @@ QList<QByteArray> sorted(QList<QByteArray> list) {
 
 class TestListing : public QObject {
     Q_OBJECT
-    QTemporaryDir tmp;
+    temptree::Dir tmp;
     QByteArray base;
-    int counter = 0;
-
-    QByteArray freshFolder() {
-        const QByteArray folder = join(base, "case" + QByteArray::number(++counter));
-        makeDir(folder);
-        return folder;
-    }
 
 private Q_SLOTS:
     void initTestCase() {
         QVERIFY(tmp.isValid());
-        base = QFile::encodeName(tmp.path());
+        base = tmp.bytes();
     }
 
     void entriesAsTheFileSystemHasThem() {
-        const QByteArray folder = freshFolder();
+        const QByteArray folder = tmp.freshFolder();
         writeFile(join(folder, "plain"), 10);
         writeFile(join(folder, ".hidden"), 10);
         writeFile(join(folder, "._plain"), 10);
@@ -79,7 +72,7 @@ private Q_SLOTS:
     }
     void unlistableFoldersAreEmpty() {
         QFETCH(QByteArray, suffix);
-        const QByteArray folder = freshFolder();
+        const QByteArray folder = tmp.freshFolder();
         writeFile(join(folder, "file"), 1);
         AppController controller;
         RecordingDisplay display;
@@ -94,7 +87,7 @@ private Q_SLOTS:
     }
 
     void listsOnlyOnce() {
-        const QByteArray folder = freshFolder();
+        const QByteArray folder = tmp.freshFolder();
         AppController controller;
         const NodePtr node = Node::make(folder, true);
         controller.ensureListed(node);
@@ -111,7 +104,7 @@ private Q_SLOTS:
     // Sizes arrive in any order; the level is sorted once, largest first, ties in
     // listing order, and only then redrawn with its children.
     void sortsOnceWhenAllSizesAreIn() {
-        const QByteArray folder = freshFolder();
+        const QByteArray folder = tmp.freshFolder();
         writeFile(join(folder, "small"), 4096);
         writeFile(join(folder, "tieA"), 40000);
         writeFile(join(folder, "tieB"), 40000);
@@ -159,7 +152,7 @@ private Q_SLOTS:
     }
 
     void hiddenFolderIsNotRedrawn() {
-        const QByteArray folder = freshFolder();
+        const QByteArray folder = tmp.freshFolder();
         makeDir(join(folder, "sub"));
         writeFile(join(join(folder, "sub"), "x"), 5000);
         AppController controller;
@@ -180,7 +173,7 @@ private Q_SLOTS:
 
     // A discarded listing's results still count down the new listing's pending.
     void resultsOfReplacedListing() {
-        const QByteArray folder = freshFolder();
+        const QByteArray folder = tmp.freshFolder();
         for (int i = 0; i < 4; ++i)
             writeFile(join(folder, "f" + QByteArray::number(i)), 4096 * (i + 1));
         AppController controller;
@@ -204,7 +197,7 @@ private Q_SLOTS:
     }
 
     void noResultsAfterControllerIsGone() {
-        const QByteArray folder = freshFolder();
+        const QByteArray folder = tmp.freshFolder();
         for (int i = 0; i < 8; ++i) {
             const QByteArray sub = join(folder, "d" + QByteArray::number(i));
             makeDir(sub);
@@ -223,7 +216,7 @@ private Q_SLOTS:
     }
 
     void fiftyThousandEntries() {
-        const QByteArray folder = freshFolder();
+        const QByteArray folder = tmp.freshFolder();
         for (int i = 0; i < 50000; ++i) {
             const QByteArray path = join(folder, "n" + QByteArray::number(i));
             if (i % 5000 == 0)

@@ -6,13 +6,13 @@ using namespace temptree;
 
 class TestSizeMeasure : public QObject {
     Q_OBJECT
-    QTemporaryDir tmp;
+    temptree::Dir tmp;
     QByteArray root;
 
 private Q_SLOTS:
     void initTestCase() {
         QVERIFY(tmp.isValid());
-        root = QFile::encodeName(tmp.path());
+        root = tmp.bytes();
     }
 
     void filesMatchStat_data() {

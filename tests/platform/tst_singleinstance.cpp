@@ -1,4 +1,4 @@
-#include "platform/FileUris.h"
+#include "platform/FileUrl.h"
 #include "platform/SingleInstance.h"
 
 #include <QApplication>
@@ -77,7 +77,7 @@ private Q_SLOTS:
         const QList<QUrl> urls = opened[0][0].value<QList<QUrl>>();
         QList<QByteArray> paths;
         for (const QUrl& url : urls)
-            paths << pathForFileUrl(url);
+            paths << localPathBytes(url);
         const QByteArray base = QFile::encodeName(work.path());
         QCOMPARE(paths, (QList<QByteArray>{"/srv/My Files", base + "/rel dir", base + "/caf\xe9"}));
         QVERIFY(window->isVisible());

@@ -14,27 +14,35 @@ private Q_SLOTS:
         QTest::addColumn<qint64>("size");
         QTest::addColumn<int>("children"); // -1: not listed yet
         QTest::addColumn<QString>("line");
-        QTest::newRow("en unknown size")
-            << "en" << qint64(-1) << 3 << "/data/Photos  ·  3 items  ·  Total Calculating…";
+        QTest::addColumn<QString>("counted"); // "": not listed, no count to give
+        const QString path = QStringLiteral("/data/Photos  ·  ");
+        QTest::newRow("en unknown size") << "en" << qint64(-1) << 3 << path + "Calculating…"
+                                         << path + "3 items  ·  Total Calculating…";
         QTest::newRow("en known size")
-            << "en" << qint64(1536) << 2 << "/data/Photos  ·  2 items  ·  Total 1.5 KB";
+            << "en" << qint64(1536) << 2 << path + "2 items  ·  Total 1.5 KB"
+            << path + "2 items  ·  Total 1.5 KB";
         QTest::newRow("en zero children")
-            << "en" << qint64(0) << 0 << "/data/Photos  ·  0 items  ·  Total 0 B";
-        QTest::newRow("en not listed")
-            << "en" << qint64(-1) << -1 << "/data/Photos  ·  Calculating…";
+            << "en" << qint64(0) << 0 << path + "0 items  ·  Total 0 B"
+            << path + "0 items  ·  Total 0 B";
+        QTest::newRow("en not listed") << "en" << qint64(4096) << -1 << path + "Calculating…"
+                                       << "";
         QTest::newRow("ko unknown size")
-            << "ko" << qint64(-1) << 3 << "/data/Photos  ·  하위 3개  ·  합계 계산중…";
-        QTest::newRow("ko known size") << "ko" << qint64(5) * 1024 * 1024 << 12
-                                       << "/data/Photos  ·  하위 12개  ·  합계 5.0 MB";
+            << "ko" << qint64(-1) << 3 << path + "계산중…" << path + "하위 3개  ·  합계 계산중…";
+        QTest::newRow("ko known size")
+            << "ko" << qint64(5) * 1024 * 1024 << 12 << path + "하위 12개  ·  합계 5.0 MB"
+            << path + "하위 12개  ·  합계 5.0 MB";
         QTest::newRow("ko zero children")
-            << "ko" << qint64(4096) << 0 << "/data/Photos  ·  하위 0개  ·  합계 4.0 KB";
-        QTest::newRow("ko not listed") << "ko" << qint64(-1) << -1 << "/data/Photos  ·  계산중…";
+            << "ko" << qint64(4096) << 0 << path + "하위 0개  ·  합계 4.0 KB"
+            << path + "하위 0개  ·  합계 4.0 KB";
+        QTest::newRow("ko not listed") << "ko" << qint64(-1) << -1 << path + "계산중…"
+                                       << "";
     }
     void line() {
         QFETCH(QString, lang);
         QFETCH(qint64, size);
         QFETCH(int, children);
         QFETCH(QString, line);
+        QFETCH(QString, counted);
         Loc::current = *LangInfo::fromRawValue(lang);
         const NodePtr root = Node::make("/data/Photos", true);
         root->size = size;
@@ -45,6 +53,8 @@ private Q_SLOTS:
                     Node::make("/data/Photos/" + QByteArray::number(i), false, root));
         }
         QCOMPARE(statusLineForRoot(*root), line);
+        if (!counted.isEmpty())
+            QCOMPARE(countedStatusLine(*root), counted);
     }
 
     // Only direct children count, not the whole tree below the root.

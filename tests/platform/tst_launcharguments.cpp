@@ -1,10 +1,11 @@
-#include "platform/FileUris.h"
+#include "platform/FileUrl.h"
+#include "platform/LaunchArguments.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 
-class TestFileUris : public QObject {
+class TestLaunchArguments : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() {
@@ -50,30 +51,19 @@ private Q_SLOTS:
         QFETCH(QString, uri);
         QFETCH(QByteArray, path);
         const bool relative = !uriAfterBase.isEmpty();
-        const QString expectedUri = relative ? fileUriForPath(base) + uriAfterBase : uri;
+        const QString expectedUri =
+            relative ? fileUrlFromPathBytes(base).toString(QUrl::FullyEncoded) + uriAfterBase : uri;
         const QByteArray expectedPath = relative ? base + path : path;
 
         const QStringList uris = urisForArguments({argument});
         QCOMPARE(uris, QStringList{expectedUri});
-        QCOMPARE(pathForFileUrl(QUrl(uris.first())), expectedPath);
+        QCOMPARE(localPathBytes(QUrl(uris.first())), expectedPath);
         QCOMPARE(argumentAsPath(uris.first().toLatin1()), expectedPath);
     }
 
     void severalArgumentsInOrder() {
         const QStringList uris = urisForArguments({"/b", "", "/a"});
         QCOMPARE(uris, (QStringList{"file:///b", "file:///a"}));
-    }
-
-    void notLocalFiles_data() {
-        QTest::addColumn<QString>("url");
-        QTest::newRow("web") << "https://example.org/x";
-        QTest::newRow("remote share") << "sftp://host/home";
-        QTest::newRow("relative") << "x/y";
-        QTest::newRow("empty") << "";
-    }
-    void notLocalFiles() {
-        QFETCH(QString, url);
-        QCOMPARE(pathForFileUrl(QUrl(url)), QByteArray());
     }
 
     // A path that is not a URI stays as it was, even one that looks half like one.
@@ -88,5 +78,5 @@ private:
     QByteArray base;
 };
 
-QTEST_GUILESS_MAIN(TestFileUris)
-#include "tst_fileuris.moc"
+QTEST_GUILESS_MAIN(TestLaunchArguments)
+#include "tst_launcharguments.moc"

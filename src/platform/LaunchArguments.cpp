@@ -1,0 +1,20 @@
+#include "platform/LaunchArguments.h"
+
+#include "core/PathInfo.h"
+#include "platform/FileUrl.h"
+
+QByteArray argumentAsPath(const QByteArray& argument) {
+    if (!argument.startsWith("file://"))
+        return argument;
+    return localPathBytes(QUrl::fromEncoded(argument));
+}
+
+QStringList urisForArguments(const QList<QByteArray>& arguments) {
+    QStringList uris;
+    for (const QByteArray& argument : arguments) {
+        const QByteArray path = argumentAsPath(argument);
+        if (!path.isEmpty())
+            uris << fileUrlFromPathBytes(absolutePath(path)).toString(QUrl::FullyEncoded);
+    }
+    return uris;
+}

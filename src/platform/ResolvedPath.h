@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QByteArray>
+
+// The path with every link, "." and ".." resolved; empty when it does not lead anywhere.
+QByteArray resolvedPath(const QByteArray& path);

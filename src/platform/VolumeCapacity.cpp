@@ -1,0 +1,11 @@
+#include "platform/VolumeCapacity.h"
+
+#include <sys/statvfs.h>
+
+std::optional<VolumeCapacity> volumeCapacity(const QByteArray& mountPoint) {
+    struct statvfs info {};
+    if (statvfs(mountPoint.constData(), &info) != 0)
+        return std::nullopt;
+    return VolumeCapacity{qint64(info.f_blocks * info.f_frsize),
+                          qint64(info.f_bavail * info.f_frsize)};
+}

@@ -1,0 +1,152 @@
+// The main window's part of the controller: building the window and its two faces.
+#include "app/AppController.h"
+#include "ui/DropView.h"
+#include "ui/MainWindow.h"
+#include "ui/Style.h"
+#include "ui/TintedIcon.h"
+#include "ui/TreeModel.h"
+#include "ui/TreeOutlineView.h"
+#include "ui/UiFont.h"
+
+#include <QBoxLayout>
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPushButton>
+
+namespace {
+
+QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color) {
+    auto* label = new QLabel(text);
+    label->setFont(font);
+    setTextColor(label, color);
+    return label;
+}
+
+} // namespace
+
+void AppController::buildWindow() {
+    auto* main = new MainWindow;
+    window = main;
+    main->setWindowTitle(QStringLiteral("Sizeloom"));
+    if (mainMenu)
+        main->setMenuBar(mainMenu);
+
+    auto* content = new DropView;
+    main->setCentralWidget(content);
+    content->onDrop = [self = QPointer<AppController>(this)](const QByteArray& path) {
+        if (self)
+            self->openPath(path);
+    };
+
+    topBar = new QWidget;
+    topBar->setFixedHeight(24);
+    pathField = new QLineEdit;
+    pathField->setPlaceholderText(t(QStringLiteral("path_placeholder")));
+    connect(pathField, &QLineEdit::returnPressed, this, &AppController::pathEntered);
+
+    upButton = new QPushButton;
+    upButton->setIcon(tintedSvgIcon(QStringLiteral(":/ui/icons/up.svg"), {14, 14}, Qt::white));
+    upButton->setToolTip(t(QStringLiteral("up_tooltip")));
+    upButton->setAccessibleName(t(QStringLiteral("up_tooltip")));
+    upButton->setFixedWidth(38);
+    accentize(upButton, QString());
+    upButton->setEnabled(false);
+    connect(upButton, &QPushButton::clicked, this, &AppController::goUp);
+
+    topBrowse = new QPushButton;
+    accentize(topBrowse, t(QStringLiteral("choose_folder")));
+    connect(topBrowse, &QPushButton::clicked, this, &AppController::browseClicked);
+
+    auto* bar = new QHBoxLayout(topBar);
+    bar->setContentsMargins(0, 0, 0, 0);
+    bar->setSpacing(0);
+    bar->addWidget(pathField, 1, Qt::AlignVCenter);
+    bar->addSpacing(8);
+    bar->addWidget(upButton, 0, Qt::AlignVCenter);
+    bar->addSpacing(6);
+    bar->addWidget(topBrowse, 0, Qt::AlignVCenter);
+
+    outline = new TreeOutlineView;
+    model = new TreeModel(this, outline);
+    outline->setModel(model);
+    model->isExpanded = [view = outline](const QModelIndex& index) {
+        return view->isExpanded(index);
+    };
+    display = model;
+    outline->setColumnWidths({420, 100, 230}, {200, 80, 140});
+    // A folder that finished sorting while closed shows its sorted order when opened.
+    connect(outline, &QTreeView::expanded, model, [this](const QModelIndex& index) {
+        model->redrawRowAndChildren(model->nodeAt(index));
+    });
+    scroll = outline;
+
+    status = makeLabel(t(QStringLiteral("status_initial")), uiFont(11), secondaryTextColor());
+    volumesPanel = makeVolumesPanel();
+    emptyState = makeEmptyState();
+    credit = makeLabel(QStringLiteral("Sizeloom \u00b7 made for full disks"), uiFont(10),
+                       tertiaryTextColor());
+
+    auto* browseFace = new QWidget;
+    auto* browse = new QVBoxLayout(browseFace);
+    browse->setContentsMargins(12, 10, 12, 6);
+    browse->setSpacing(0);
+    browse->addWidget(topBar);
+    browse->addSpacing(10);
+    browse->addWidget(outline, 1);
+    browse->addSpacing(6);
+    browse->addWidget(status);
+
+    // The credit sits in the empty face's bottom right corner, over the drop area.
+    auto* emptyFace = new QWidget;
+    auto* empty = new QGridLayout(emptyFace);
+    empty->setContentsMargins(0, 0, 0, 6);
+    empty->addWidget(emptyState, 0, 0);
+    auto* creditCorner = new QHBoxLayout;
+    creditCorner->setContentsMargins(0, 0, 14, 2);
+    creditCorner->addWidget(credit);
+    empty->addLayout(creditCorner, 0, 0, Qt::AlignRight | Qt::AlignBottom);
+
+    auto* panel = new QVBoxLayout;
+    panel->setContentsMargins(12, 0, 12, 10);
+    panel->addWidget(volumesPanel);
+
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(browseFace, 1);
+    column->addWidget(emptyFace, 1);
+    column->addLayout(panel);
+
+    setEmpty(true);
+    colorizeTitle();
+    refreshVolumes();
+    main->restoreFrame();
+    main->show();
+    main->raise();
+    main->activateWindow();
+}
+
+void AppController::setEmpty(bool empty) {
+    for (QWidget* view : {topBar, static_cast<QWidget*>(scroll), static_cast<QWidget*>(status)})
+        if (view)
+            view->setHidden(empty);
+    for (QWidget* view : {emptyState, static_cast<QWidget*>(credit)})
+        if (view)
+            view->setHidden(!empty);
+    if (topBar)
+        topBar->parentWidget()->setHidden(empty);
+    if (emptyState)
+        emptyState->parentWidget()->setHidden(!empty);
+    if (volumesPanel)
+        volumesPanel->setHidden(false);
+}
+
+void AppController::colorizeTitle() {
+    // The window manager draws the title bar, so there is no frame view to add an
+    // accent title to; the plain title stays "Sizeloom".
+    if (window)
+        window->setWindowTitle(QStringLiteral("Sizeloom"));
+}

@@ -1,0 +1,10 @@
+#include "volumes/DriveIcon.h"
+
+#include "ui/Style.h"
+#include "ui/TintedIcon.h"
+
+QPixmap driveIcon(bool internal, qreal devicePixelRatio) {
+    return tintedSvgPixmap(internal ? QStringLiteral(":/volumes/internal-drive.svg")
+                                    : QStringLiteral(":/volumes/external-drive.svg"),
+                           {15, 15}, accentColor(), devicePixelRatio);
+}

@@ -1,0 +1,60 @@
+#include "volumes/VolumeRow.h"
+
+#include "ui/UiFont.h"
+#include "volumes/CapacityText.h"
+#include "volumes/DriveIcon.h"
+#include "volumes/VolumeBar.h"
+
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+
+namespace {
+
+QLabel* iconView(bool internal) {
+    auto* icon = new QLabel;
+    // Drawn for the densest screen, so it is sharp wherever the window goes.
+    icon->setPixmap(driveIcon(internal, qGuiApp->devicePixelRatio()));
+    icon->setFixedSize(15, 15);
+    return icon;
+}
+
+QLabel* nameView(const QString& name) {
+    constexpr int width = 130;
+    auto* label = new QLabel;
+    label->setFont(uiFont(11));
+    label->setFixedWidth(width);
+    label->setText(label->fontMetrics().elidedText(name, Qt::ElideRight, width));
+    return label;
+}
+
+VolumeBar* barView(qint64 freeBytes, qint64 totalBytes) {
+    auto* bar = new VolumeBar;
+    bar->setFraction(totalBytes >= 1 ? double(freeBytes) / double(totalBytes) : 0.0);
+    bar->setFixedHeight(7);
+    return bar;
+}
+
+QLabel* capacityView(qint64 freeBytes, qint64 totalBytes) {
+    auto* label = new QLabel;
+    label->setFont(uiFont(11));
+    label->setTextFormat(Qt::RichText);
+    label->setText(richText(capAttr(freeBytes, totalBytes)));
+    label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    label->setFixedWidth(200);
+    return label;
+}
+
+} // namespace
+
+QWidget* makeVolumeRow(const QString& name, qint64 freeBytes, qint64 totalBytes, bool internal) {
+    auto* row = new QWidget;
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(8);
+    layout->addWidget(iconView(internal), 0, Qt::AlignVCenter);
+    layout->addWidget(nameView(name), 0, Qt::AlignVCenter);
+    layout->addWidget(barView(freeBytes, totalBytes), 1, Qt::AlignVCenter);
+    layout->addWidget(capacityView(freeBytes, totalBytes), 0, Qt::AlignVCenter);
+    return row;
+}

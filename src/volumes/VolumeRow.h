@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QtGlobal>
+
+class QString;
+class QWidget;
+
+// One volume's row of the volumes panel: drive symbol, name, capacity bar and the
+// free-of-total text. The caller owns the row.
+QWidget* makeVolumeRow(const QString& name, qint64 freeBytes, qint64 totalBytes, bool internal);

@@ -1,0 +1,86 @@
+#pragma once
+
+// Finds and closes top-level windows on the X display, as a window manager would,
+// so an end-to-end test can drive the real program under Xvfb.
+#include <QByteArray>
+#include <QImage>
+#include <QRect>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <functional>
+
+class X11Display {
+public:
+    X11Display() : display(XOpenDisplay(nullptr)) {}
+    ~X11Display() {
+        if (display)
+            XCloseDisplay(display);
+    }
+    bool isOpen() const { return display != nullptr; }
+
+    // The first mapped window, at any depth, whose name is title (0 if none).
+    Window findWindow(const QByteArray& title) {
+        XSync(display, False);
+        return search(DefaultRootWindow(display), title);
+    }
+
+    QRect geometry(Window window) {
+        XWindowAttributes attributes{};
+        XGetWindowAttributes(display, window, &attributes);
+        return {attributes.x, attributes.y, attributes.width, attributes.height};
+    }
+
+    // What the window shows, as the X server has it (24-bit TrueColor screens).
+    QImage capture(Window window) {
+        const QRect area = geometry(window);
+        XImage* pixels = XGetImage(display, window, 0, 0, unsigned(area.width()),
+                                   unsigned(area.height()), AllPlanes, ZPixmap);
+        if (!pixels)
+            return {};
+        QImage image(area.size(), QImage::Format_RGB32);
+        for (int y = 0; y < area.height(); ++y)
+            for (int x = 0; x < area.width(); ++x)
+                image.setPixel(x, y, QRgb(XGetPixel(pixels, x, y)) | 0xff000000u);
+        XDestroyImage(pixels);
+        return image;
+    }
+
+    // Asks the window to close, the way a close button in a title bar does.
+    void requestClose(Window window) {
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = window;
+        event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+        event.xclient.format = 32;
+        event.xclient.data.l[0] = long(XInternAtom(display, "WM_DELETE_WINDOW", False));
+        event.xclient.data.l[1] = CurrentTime;
+        XSendEvent(display, window, False, NoEventMask, &event);
+        XFlush(display);
+    }
+
+private:
+    Window search(Window window, const QByteArray& title) {
+        char* name = nullptr;
+        if (XFetchName(display, window, &name) && name) {
+            const bool match = title == name;
+            XFree(name);
+            XWindowAttributes attributes{};
+            if (match && XGetWindowAttributes(display, window, &attributes) &&
+                attributes.map_state == IsViewable)
+                return window;
+        }
+        Window root = 0, parent = 0;
+        Window* children = nullptr;
+        unsigned count = 0;
+        if (!XQueryTree(display, window, &root, &parent, &children, &count))
+            return 0;
+        Window found = 0;
+        for (unsigned i = 0; i < count && !found; ++i)
+            found = search(children[i], title);
+        if (children)
+            XFree(children);
+        return found;
+    }
+
+    Display* display;
+};

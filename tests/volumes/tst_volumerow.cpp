@@ -1,0 +1,216 @@
+#include "text/Lang.h"
+#include "ui/Style.h"
+#include "volumes/CapacityText.h"
+#include "volumes/DriveIcon.h"
+#include "volumes/VolumeBar.h"
+#include "volumes/VolumeRow.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+
+namespace {
+
+bool isAccent(QColor color) {
+    const QColor accent = accentColor();
+    return std::abs(color.red() - accent.red()) <= 24 &&
+           std::abs(color.green() - accent.green()) <= 24 &&
+           std::abs(color.blue() - accent.blue()) <= 24 && color.alpha() > 230;
+}
+
+// How many pixels of the bar's middle line are painted in the accent colour.
+int accentPixelsOnMiddleLine(const QImage& image) {
+    int count = 0;
+    for (int x = 0; x < image.width(); ++x)
+        count += isAccent(image.pixelColor(x, image.height() / 2));
+    return count;
+}
+
+// The text of a rich-text label as a document lays it out: one entry a fragment.
+struct Fragment {
+    QString text;
+    QColor color;
+    int weight;
+};
+
+QList<Fragment> fragments(const QString& html) {
+    QTextDocument document;
+    document.setHtml(html);
+    QList<Fragment> list;
+    for (QTextBlock::iterator it = document.begin().begin(); !it.atEnd(); ++it) {
+        const QTextCharFormat format = it.fragment().charFormat();
+        list << Fragment{it.fragment().text(), format.foreground().color(), format.fontWeight()};
+    }
+    return list;
+}
+
+QList<QWidget*> rowParts(QWidget* row) {
+    QList<QWidget*> parts;
+    for (int i = 0; i < row->layout()->count(); ++i)
+        parts << row->layout()->itemAt(i)->widget();
+    return parts;
+}
+
+} // namespace
+
+class TestVolumeRow : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { Loc::current = Lang::en; }
+
+    void capacityText_data() {
+        QTest::addColumn<Lang>("lang");
+        QTest::addColumn<qint64>("freeBytes");
+        QTest::addColumn<qint64>("totalBytes");
+        QTest::addColumn<QString>("freeText");
+        QTest::addColumn<QString>("totalText");
+        QTest::newRow("en") << Lang::en << qint64(42'500'000'000) << qint64(500'000'000'000)
+                            << "Free 42.5 GB"
+                            << "  /  Total 500 GB";
+        QTest::newRow("en, small and empty")
+            << Lang::en << qint64(0) << qint64(99'940'000'000) << "Free 0.0 GB"
+            << "  /  Total 99.9 GB";
+        QTest::newRow("ko keeps the unit")
+            << Lang::ko << qint64(42'500'000'000) << qint64(500'000'000'000)
+            << QString::fromUtf8("남은 42.5 GB") << QString::fromUtf8("  /  전체 500 GB");
+    }
+    void capacityText() {
+        QFETCH(Lang, lang);
+        QFETCH(qint64, freeBytes);
+        QFETCH(qint64, totalBytes);
+        QFETCH(QString, freeText);
+        QFETCH(QString, totalText);
+        Loc::current = lang;
+        const AttributedText expected{{freeText, accentColor(), QFont::DemiBold},
+                                      {totalText, secondaryTextColor(), QFont::Normal}};
+        QCOMPARE(capAttr(freeBytes, totalBytes), expected);
+    }
+
+    void richTextKeepsRunsAndSpaces() {
+        const AttributedText runs = capAttr(1'500'000'000, 250'000'000'000);
+        const QList<Fragment> shown = fragments(richText(runs));
+        QCOMPARE(shown.size(), 2);
+        for (int i = 0; i < 2; ++i) {
+            QCOMPARE(shown[i].text, runs[i].text);
+            QCOMPARE(shown[i].color.rgba(), runs[i].color.rgba());
+            QCOMPARE(shown[i].weight, int(runs[i].weight));
+        }
+    }
+
+    void richTextEscapesMarkup() {
+        const AttributedText runs{{"<b>&  x", Qt::black, QFont::Normal}};
+        QCOMPARE(fragments(richText(runs)).value(0).text, QString("<b>&  x"));
+    }
+
+    void rowHoldsIconNameBarAndCapacity() {
+        Loc::current = Lang::ko;
+        std::unique_ptr<QWidget> row(makeVolumeRow("Data", 25'000'000'000, 100'000'000'000, true));
+        const QList<QWidget*> parts = rowParts(row.get());
+        QCOMPARE(parts.size(), 4);
+        auto* icon = qobject_cast<QLabel*>(parts[0]);
+        auto* name = qobject_cast<QLabel*>(parts[1]);
+        auto* bar = qobject_cast<VolumeBar*>(parts[2]);
+        auto* capacity = qobject_cast<QLabel*>(parts[3]);
+        QVERIFY(icon && name && bar && capacity);
+        QCOMPARE(icon->size(), QSize(15, 15));
+        QCOMPARE(icon->pixmap().deviceIndependentSize(), QSizeF(15, 15));
+        QCOMPARE(name->text(), QString("Data"));
+        QCOMPARE(name->width(), 130);
+        QCOMPARE(bar->fraction(), 0.25);
+        QCOMPARE(bar->height(), 7);
+        QCOMPARE(capacity->text(), richText(capAttr(25'000'000'000, 100'000'000'000)));
+        QCOMPARE(capacity->width(), 200);
+        QVERIFY(capacity->alignment() & Qt::AlignRight);
+        QCOMPARE(static_cast<QHBoxLayout*>(row->layout())->spacing(), 8);
+    }
+
+    void longNameIsCutAtTheEnd() {
+        const QString longName(200, u'W');
+        std::unique_ptr<QWidget> row(makeVolumeRow(longName, 1, 2, true));
+        auto* name = qobject_cast<QLabel*>(rowParts(row.get()).value(1));
+        QVERIFY(name);
+        QVERIFY(name->text().endsWith(QChar(0x2026)));
+        QVERIFY(name->fontMetrics().horizontalAdvance(name->text()) <= 130);
+    }
+
+    void emptyVolumeHasNoFraction() {
+        std::unique_ptr<QWidget> row(makeVolumeRow("Empty", 0, 0, true));
+        auto* bar = qobject_cast<VolumeBar*>(rowParts(row.get()).value(2));
+        QVERIFY(bar);
+        QCOMPARE(bar->fraction(), 0.0);
+    }
+
+    void driveIcons_data() {
+        QTest::addColumn<bool>("internal");
+        QTest::addColumn<qreal>("ratio");
+        QTest::newRow("internal") << true << 1.0;
+        QTest::newRow("external") << false << 1.0;
+        QTest::newRow("internal, dense screen") << true << 2.0;
+        QTest::newRow("external, dense screen") << false << 3.0;
+    }
+    void driveIcons() {
+        QFETCH(bool, internal);
+        QFETCH(qreal, ratio);
+        const QPixmap icon = driveIcon(internal, ratio);
+        QCOMPARE(icon.devicePixelRatio(), ratio);
+        QCOMPARE(icon.deviceIndependentSize(), QSizeF(15, 15));
+        QCOMPARE(icon.size(), QSize(qRound(15 * ratio), qRound(15 * ratio)));
+        // Every pixel drawn is the accent colour, at whatever coverage.
+        const QImage image = icon.toImage().convertToFormat(QImage::Format_ARGB32);
+        int opaque = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor color = image.pixelColor(x, y);
+                if (color.alpha() < 250)
+                    continue;
+                ++opaque;
+                QVERIFY(isAccent(color));
+            }
+        QVERIFY(opaque > image.width());
+    }
+
+    void internalAndExternalDiffer() {
+        QVERIFY(driveIcon(true, 1).toImage() != driveIcon(false, 1).toImage());
+    }
+
+    void barFill_data() {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<qreal>("fraction");
+        QTest::addColumn<int>("filled");
+        QTest::newRow("free = total") << 200 << 1.0 << 200;
+        QTest::newRow("half") << 200 << 0.5 << 100;
+        QTest::newRow("a quarter") << 240 << 0.25 << 60;
+        QTest::newRow("free = 0") << 200 << 0.0 << 0;
+        QTest::newRow("exactly half a point") << 100 << 0.005 << 0;
+        QTest::newRow("under half a point") << 200 << 0.001 << 0;
+        QTest::newRow("just over half a point, drawn as high as the bar") << 100 << 0.006 << 7;
+        QTest::newRow("narrower than high, drawn as high") << 200 << 0.02 << 7;
+        QTest::newRow("more than whole") << 200 << 1.7 << 200;
+        QTest::newRow("negative") << 200 << -0.3 << 0;
+    }
+    void barFill() {
+        QFETCH(int, width);
+        QFETCH(qreal, fraction);
+        QFETCH(int, filled);
+        VolumeBar bar;
+        bar.resize(width, 7);
+        bar.setFraction(fraction);
+        QCOMPARE(bar.fraction(), fraction);
+        const QImage image = bar.grab().toImage();
+        QCOMPARE(image.size(), QSize(width, 7));
+        QVERIFY2(std::abs(accentPixelsOnMiddleLine(image) - filled) <= 1,
+                 qPrintable(QString::number(accentPixelsOnMiddleLine(image))));
+        // The track shows where the fill does not reach: not the background around
+        // the pill (a corner) and not the accent.
+        if (filled < width - 10) {
+            const QColor track = image.pixelColor(width - 5, 3);
+            QVERIFY(!isAccent(track));
+            QVERIFY(track != image.pixelColor(0, 0));
+        }
+    }
+};
+
+QTEST_MAIN(TestVolumeRow)
+#include "tst_volumerow.moc"
