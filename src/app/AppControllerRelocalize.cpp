@@ -4,6 +4,7 @@
 #include "text/StatusLine.h"
 #include "ui/Style.h"
 #include "ui/TreeModel.h"
+#include "ui/TreeOutlineView.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -24,6 +25,9 @@ void AppController::relocalize() {
     // The model reads its column titles from the table each time they are shown.
     if (model)
         Q_EMIT model->headerDataChanged(Qt::Horizontal, 0, TreeModel::ColumnCount - 1);
+    // Sizes still being measured read "Calculating…" in the language of the moment.
+    if (outline)
+        outline->viewport()->update();
     if (status) {
         // While the root is still being listed its line has no count to rebuild.
         if (!rootNode)

@@ -1,21 +1,41 @@
+// Start-up: the application object, one running copy per session, the language, the
+// menu and the window; then the folder named at launch, and folders handed over later.
 #include "app/AppController.h"
+#include "app/AppIcon.h"
+#include "platform/LaunchArguments.h"
+#include "platform/SingleInstance.h"
 
 #include <QApplication>
+#include <QMainWindow>
 #include <QMetaObject>
 
 int main(int argc, char** argv) {
-    // Launch arguments are kept as bytes: a folder name need not be UTF-8.
+    // Launch arguments are kept as bytes: a folder name need not be UTF-8. The desktop
+    // hands files over as file:// URIs (%U), which become paths here.
     QList<QByteArray> arguments;
     for (int i = 0; i < argc; ++i)
-        arguments << QByteArray(argv[i]);
+        arguments << (i == 0 ? QByteArray(argv[i]) : argumentAsPath(argv[i]));
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Sizeloom"));
+    QApplication::setDesktopFileName(QStringLiteral("org.sizeloom.Sizeloom"));
+    QApplication::setWindowIcon(appIcon());
+    // Only the main window ends the program; About or Preferences left open do not
+    // keep it running, and closing them does not end it.
     QApplication::setQuitOnLastWindowClosed(false);
+
+    if (SingleInstance::forwardIfRunning(arguments.mid(1)))
+        return 0;
+    SingleInstance instance;
+    instance.registerPrimary();
 
     AppController controller;
     Loc::current = AppController::defaultLang();
+    controller.buildMainMenu();
     controller.buildWindow();
+    instance.setWindow(controller.window);
+    QObject::connect(&instance, &SingleInstance::openRequested, &controller,
+                     &AppController::applicationOpen);
     QMetaObject::invokeMethod(
         &controller,
         [&controller, arguments] { controller.applicationDidFinishLaunching(arguments); },

@@ -58,6 +58,45 @@ private Q_SLOTS:
         QCOMPARE(program.exitStatus(), QProcess::NormalExit);
         QCOMPARE(program.exitCode(), 0);
     }
+
+    // "Open With" from a file manager starts a second copy with the folder; it hands the
+    // folder to the running window and ends.
+    void secondLaunchHandsTheFolderOver() {
+        if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+            QSKIP("needs a session bus; ctest runs this test under dbus-run-session");
+        const QByteArray folder = join(tmp.bytes(), "handed");
+        makeDir(folder);
+        QProcess first;
+        startProgram(first, {});
+        X11Display x;
+        Window window = 0;
+        QTRY_VERIFY_WITH_TIMEOUT((window = x.findWindow("Sizeloom")) != 0, 15000);
+        // The empty face has no accent colour in its top strip; the browsing face's
+        // buttons there are accent-coloured.
+        const auto topStripHasAccent = [&] {
+            const QImage top = x.capture(window).copy(0, 0, 820, 40);
+            for (int y = 0; y < top.height(); ++y)
+                for (int x0 = 0; x0 < top.width(); ++x0) {
+                    const QColor seen = top.pixelColor(x0, y);
+                    if (seen.red() > 240 && seen.green() > 80 && seen.green() < 110 &&
+                        seen.blue() < 50)
+                        return true;
+                }
+            return false;
+        };
+        QVERIFY(!topStripHasAccent());
+
+        QProcess second;
+        startProgram(second, {"file://" + QFile::decodeName(folder)});
+        QVERIFY(second.waitForFinished(15000));
+        QCOMPARE(second.exitCode(), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(topStripHasAccent(), 10000);
+        QCOMPARE(first.state(), QProcess::Running);
+
+        x.requestClose(window);
+        QVERIFY(first.waitForFinished(15000));
+        QCOMPARE(first.exitCode(), 0);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestEndToEnd)
