@@ -14,19 +14,15 @@ private Q_SLOTS:
         QTest::newRow("no tab keeps the line break") << QByteArray("12\n") << qint64(0);
         QTest::newRow("explicit plus") << QByteArray("+12\t/p") << qint64(12288);
         QTest::newRow("explicit minus") << QByteArray("-3\t/p") << qint64(-3072);
-        QTest::newRow("zero") << QByteArray("0\t/p\n") << qint64(0);
         QTest::newRow("nothing printed") << QByteArray() << qint64(0);
-        QTest::newRow("only tabs") << QByteArray("\t\t") << qint64(0);
         QTest::newRow("only blanks") << QByteArray("   \t/p") << qint64(0);
         QTest::newRow("sign alone") << QByteArray("+\t/p") << qint64(0);
         QTest::newRow("trailing letter") << QByteArray("12k\t/p") << qint64(0);
-        QTest::newRow("inner blank") << QByteArray("1 2\t/p") << qint64(0);
         QTest::newRow("not UTF-8") << QByteArray("12\t/p\xff\n") << qint64(0);
         QTest::newRow("int64 overflow") << QByteArray("9223372036854775808\t/p") << qint64(0);
         QTest::newRow("too big to scale") << QByteArray("9007199254740993\t/p") << qint64(0);
         QTest::newRow("largest scalable")
             << QByteArray("9007199254740991\t/p") << qint64(9007199254740991) * 1024;
-        QTest::newRow("error text on stdout") << QByteArray("du: cannot access\n") << qint64(0);
     }
     void parse() {
         QFETCH(QByteArray, output);

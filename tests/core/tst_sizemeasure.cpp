@@ -6,7 +6,7 @@ using namespace temptree;
 
 class TestSizeMeasure : public QObject {
     Q_OBJECT
-    temptree::Dir tmp;
+    Dir tmp;
     QByteArray root;
 
 private Q_SLOTS:
@@ -15,32 +15,23 @@ private Q_SLOTS:
         root = tmp.bytes();
     }
 
+    // Allocated bytes, not the length: a sparse file counts what it really holds.
     void filesMatchStat_data() {
         QTest::addColumn<qint64>("bytes");
         QTest::newRow("empty") << qint64(0);
         QTest::newRow("one byte takes a block") << qint64(1);
-        QTest::newRow("4 KiB") << qint64(4096);
         QTest::newRow("odd size") << qint64(100001);
-        QTest::newRow("1 MiB") << qint64(1 << 20);
+        QTest::newRow("sparse") << qint64(-1);
     }
     void filesMatchStat() {
         QFETCH(qint64, bytes);
         const QByteArray path = join(root, "file" + QByteArray::number(bytes));
-        writeFile(path, bytes);
+        writeFile(path, qMax(bytes, 0));
+        if (bytes < 0)
+            QVERIFY(truncate(path.constData(), 64 << 20) == 0);
         const qint64 measured = computeSize(Node(path, false));
         QCOMPARE(measured, statBlocksBytes(path));
-        QVERIFY(measured >= bytes); // allocated, not logical
-    }
-
-    void sparseFileCountsAllocatedBytes() {
-        const QByteArray path = join(root, "sparse");
-        const int fd = open(path.constData(), O_WRONLY | O_CREAT, 0644);
-        QVERIFY(fd >= 0);
-        QVERIFY(ftruncate(fd, 64 << 20) == 0);
-        close(fd);
-        const qint64 measured = computeSize(Node(path, false));
-        QCOMPARE(measured, statBlocksBytes(path));
-        QVERIFY(measured < (64 << 20));
+        QVERIFY(bytes < 0 ? measured < (64 << 20) : measured >= bytes);
     }
 
     void linkIsMeasuredAsTheLink() {
@@ -59,7 +50,6 @@ private Q_SLOTS:
 
     void foldersMatchDu_data() {
         QTest::addColumn<QByteArray>("name");
-        QTest::newRow("plain") << QByteArray("plain");
         QTest::newRow("blanks and quotes") << QByteArray("a b 'c' \"d\"");
         QTest::newRow("leading dash") << QByteArray("-rf");
         QTest::newRow("not UTF-8") << QByteArray("bad\xff\xfe name");
@@ -70,7 +60,7 @@ private Q_SLOTS:
         makeDir(folder);
         makeDir(join(folder, "sub"));
         writeFile(join(folder, "a"), 300000);
-        writeFile(join(join(folder, "sub"), "b"), 70000);
+        writeFile(join(folder, "sub/b"), 70000);
         const qint64 measured = computeSize(Node(folder, true));
         QVERIFY(measured >= 370000);
         QCOMPARE(measured, duBytes(folder));
