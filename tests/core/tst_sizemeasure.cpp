@@ -1,4 +1,5 @@
 #include "TempTree.h"
+#include "core/DuOutput.h"
 #include "core/Node.h"
 #include "core/SizeMeasure.h"
 
@@ -78,6 +79,39 @@ private Q_SLOTS:
         const qint64 measured = computeSize(Node(folder, true));
         chmod(join(folder, "closed").constData(), 0755);
         QVERIFY(measured >= 50000);
+    }
+
+    void parse_data() {
+        QTest::addColumn<QByteArray>("output");
+        QTest::addColumn<qint64>("bytes");
+        QTest::newRow("normal line") << QByteArray("12\t/some/path\n") << qint64(12288);
+        QTest::newRow("leading spaces") << QByteArray("   12\t/p\n") << qint64(12288);
+        QTest::newRow("leading tab is an empty piece") << QByteArray("\t12\t/p\n") << qint64(12288);
+        QTest::newRow("no tab keeps the line break") << QByteArray("12\n") << qint64(0);
+        QTest::newRow("explicit plus") << QByteArray("+12\t/p") << qint64(12288);
+        QTest::newRow("explicit minus") << QByteArray("-3\t/p") << qint64(-3072);
+        QTest::newRow("nothing printed") << QByteArray() << qint64(0);
+        QTest::newRow("only blanks") << QByteArray("   \t/p") << qint64(0);
+        QTest::newRow("sign alone") << QByteArray("+\t/p") << qint64(0);
+        QTest::newRow("trailing letter") << QByteArray("12k\t/p") << qint64(0);
+        QTest::newRow("not UTF-8") << QByteArray("12\t/p\xff\n") << qint64(0);
+        QTest::newRow("int64 overflow") << QByteArray("9223372036854775808\t/p") << qint64(0);
+        QTest::newRow("too big to scale") << QByteArray("9007199254740993\t/p") << qint64(0);
+        QTest::newRow("largest scalable")
+            << QByteArray("9007199254740991\t/p") << qint64(9007199254740991) * 1024;
+    }
+    void parse() {
+        QFETCH(QByteArray, output);
+        QFETCH(qint64, bytes);
+        QCOMPARE(parseDuOutput(output), bytes);
+    }
+
+    // du echoes its operand; a folder name that is not UTF-8 must not void the number.
+    void echoedOperandIsNotPartOfTheNumber() {
+        const QByteArray path("/tmp/bad\xff\xfe");
+        QCOMPARE(duSizeFromOutput("40\t" + path + "\n", path), qint64(40960));
+        QCOMPARE(duSizeFromOutput("40\t/other\xff\n", path), qint64(0));
+        QCOMPARE(duSizeFromOutput("40\t/tmp/ok\n", "/tmp/ok"), qint64(40960));
     }
 };
 

@@ -1,7 +1,13 @@
+// The texts made from sizes: size and share cells, bars, capacities and the status line.
+#include "core/Node.h"
 #include "text/Lang.h"
 #include "text/SizeText.h"
+#include "text/StatusLine.h"
+#include "ui/ShareText.h"
 
 #include <QTest>
+
+using Sizes = QList<qint64>;
 
 class TestSizeText : public QObject {
     Q_OBJECT
@@ -63,6 +69,84 @@ private Q_SLOTS:
         QFETCH(qint64, bytes);
         QFETCH(QString, text);
         QCOMPARE(::gbStr(bytes), text);
+    }
+
+    void statusLine_data() {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<int>("children"); // -1: not listed yet
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("counted"); // "": not listed, no count to give
+        // A name that is not UTF-8 still shows, with a replacement character.
+        const QString path = QStringLiteral("/data/caf\uFFFD  ·  ");
+        QTest::newRow("en unknown size") << "en" << qint64(-1) << 3 << path + "Calculating…"
+                                         << path + "3 items  ·  Total Calculating…";
+        QTest::newRow("en known size")
+            << "en" << qint64(1536) << 2 << path + "2 items  ·  Total 1.5 KB"
+            << path + "2 items  ·  Total 1.5 KB";
+        QTest::newRow("en not listed") << "en" << qint64(4096) << -1 << path + "Calculating…"
+                                       << "";
+        QTest::newRow("ko unknown size")
+            << "ko" << qint64(-1) << 3 << path + "계산중…" << path + "하위 3개  ·  합계 계산중…";
+        QTest::newRow("ko known size")
+            << "ko" << qint64(5) * 1024 * 1024 << 12 << path + "하위 12개  ·  합계 5.0 MB"
+            << path + "하위 12개  ·  합계 5.0 MB";
+    }
+    void statusLine() {
+        QFETCH(QString, lang);
+        QFETCH(qint64, size);
+        QFETCH(int, children);
+        QFETCH(QString, line);
+        QFETCH(QString, counted);
+        Loc::current = *LangInfo::fromRawValue(lang);
+        const NodePtr root = Node::make("/data/caf\xe9", true);
+        root->size = size;
+        if (children >= 0) {
+            root->children.emplace();
+            for (int i = 0; i < children; ++i)
+                root->children->push_back(
+                    Node::make("/data/x" + QByteArray::number(i), true, root));
+            // Only direct children count, not the whole tree below the root.
+            if (children > 0)
+                root->children->front()->children = NodeList{Node::make("/data/x0/a", false)};
+        }
+        QCOMPARE(statusLineForRoot(*root), line);
+        if (!counted.isEmpty())
+            QCOMPARE(countedStatusLine(*root), counted);
+    }
+
+    // The share of the first child given the folder's size and all children's sizes.
+    void share_data() {
+        QTest::addColumn<qint64>("folderSize");
+        QTest::addColumn<bool>("listed");
+        QTest::addColumn<Sizes>("children");
+        QTest::addColumn<double>("fraction"); // negative: empty text
+        QTest::newRow("of the folder's total") << qint64(1000) << true << Sizes{250, 100} << 0.25;
+        QTest::newRow("unknown child") << qint64(1000) << true << Sizes{-1, 100} << -1.0;
+        QTest::newRow("unknown total: known siblings stand in")
+            << qint64(-1) << true << Sizes{300, 100, -1, 600} << 0.3;
+        QTest::newRow("zero total: known siblings stand in")
+            << qint64(0) << true << Sizes{50, 150} << 0.25;
+        QTest::newRow("all zero") << qint64(0) << true << Sizes{0, 0, 0} << -1.0;
+        QTest::newRow("listing discarded: own size") << qint64(-1) << false << Sizes{40, 60} << 1.0;
+        QTest::newRow("not clamped above one") << qint64(100) << true << Sizes{170} << 1.7;
+    }
+    void share() {
+        QFETCH(qint64, folderSize);
+        QFETCH(bool, listed);
+        QFETCH(Sizes, children);
+        QFETCH(double, fraction);
+        const NodePtr folder = Node::make("/f", true);
+        folder->size = folderSize;
+        NodeList nodes;
+        for (qint64 size : children) {
+            nodes.push_back(Node::make("/f/c", false, folder));
+            nodes.back()->size = size;
+        }
+        if (listed)
+            folder->children = nodes;
+        const QString expected = fraction < 0 ? QString() : ::barString(fraction);
+        QCOMPARE(shareText(*nodes.front()), expected);
     }
 };
 
