@@ -177,14 +177,6 @@ private Q_SLOTS:
         QVERIFY(mountedVolumes(files).isEmpty());
     }
 
-    void entryKeepsSourceAndDevice() {
-        const QList<MountEntry> mounts = browsableLocalMounts(
-            fixture("40 26 8:17 / /run/media/joe/STICK rw - vfat /dev/sdb1 rw\n"));
-        QCOMPARE(mounts.size(), 2);
-        QCOMPARE(mounts[1].source, QByteArray("/dev/sdb1"));
-        QCOMPARE(mounts[1].device, makedev(8, 17));
-    }
-
     void nameFallsBackToMountPoint() {
         // Neither device exists, so no label can be found and no disk told.
         const QList<VolumeInfo> volumes = mountedVolumes(

@@ -1,10 +1,12 @@
 #include "platform/FileUrl.h"
+#include "platform/LaunchArguments.h"
 #include "platform/SingleInstance.h"
 
 #include <QApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusPendingCall>
+#include <QDir>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -42,12 +44,55 @@ private Q_SLOTS:
                  "runs inside dbus-run-session");
         QVERIFY(work.isValid());
         QVERIFY(other.isConnected());
+        QVERIFY(QDir::setCurrent(work.path()));
     }
     void cleanup() {
         primary.reset();
         window.reset();
     }
     void cleanupTestCase() { QDBusConnection::disconnectFromBus(other.name()); }
+
+    // Each argument of a later launch as the running program receives it, and as it
+    // turns back into a path there. BASE stands for the working folder.
+    void argumentsRoundTrip_data() {
+        QTest::addColumn<QByteArray>("argument");
+        QTest::addColumn<QString>("uri");
+        QTest::addColumn<QByteArray>("path");
+        QTest::newRow("root") << QByteArray("/") << "file:///" << QByteArray("/");
+        QTest::newRow("non-ASCII") << QByteArray("/data/Übersicht 日本")
+                                   << "file:///data/%C3%9Cbersicht%20%E6%97%A5%E6%9C%AC"
+                                   << QByteArray("/data/Übersicht 日本");
+        QTest::newRow("not UTF-8") << QByteArray("/data/caf\xe9\xff") << "file:///data/caf%E9%FF"
+                                   << QByteArray("/data/caf\xe9\xff");
+        QTest::newRow("URI marks in a name")
+            << QByteArray("/a/100%#1?x=y;z") << "file:///a/100%25%231%3Fx%3Dy%3Bz"
+            << QByteArray("/a/100%#1?x=y;z");
+        QTest::newRow("relative") << QByteArray("sub dir/x") << "BASE/sub%20dir/x"
+                                  << QByteArray("BASE/sub dir/x");
+        QTest::newRow("file URI kept")
+            << QByteArray("file:///home/u/My%20Files") << "file:///home/u/My%20Files"
+            << QByteArray("/home/u/My Files");
+        QTest::newRow("file URI not UTF-8")
+            << QByteArray("file:///x/caf%E9") << "file:///x/caf%E9" << QByteArray("/x/caf\xe9");
+    }
+    void argumentsRoundTrip() {
+        QFETCH(QByteArray, argument);
+        QFETCH(QString, uri);
+        QFETCH(QByteArray, path);
+        const QByteArray base = QFile::encodeName(QDir::currentPath());
+        uri.replace("BASE", fileUrlFromPathBytes(base).toString(QUrl::FullyEncoded));
+        path.replace("BASE", base);
+        const QStringList uris = urisForArguments({argument, ""});
+        QCOMPARE(uris, QStringList{uri});
+        QCOMPARE(localPathBytes(QUrl(uris.first())), path);
+        QCOMPARE(argumentAsPath(uris.first().toLatin1()), path);
+    }
+
+    // A path that is not a URI stays as it was, even one that looks half like one.
+    void argumentAsPathKeepsPaths() {
+        for (const char* path : {"/srv/file:x", "file:relative", "caf\xe9"})
+            QCOMPARE(argumentAsPath(path), QByteArray(path));
+    }
 
     void withoutARunningProgramALaunchRunsAlone() {
         QCOMPARE(runChild({secondLaunchRole, "/srv"}), notForwarded);

@@ -1,7 +1,6 @@
 #include "TempTree.h"
 #include "WindowFixture.h"
 #include "text/SizeText.h"
-#include "ui/DropView.h"
 
 #include <QApplication>
 #include <QMimeData>
@@ -57,70 +56,51 @@ private Q_SLOTS:
         QCOMPARE(f.model().rowCount(), 0);
     }
 
-    // Both forms of the status line, unknown then known cells, and the sorted level.
-    void openShowsTheFolderAndItsTotal() {
+    // Opening: both forms of the status line, unknown then known cells, and the level
+    // sorted with its open and selected rows kept, the selection drawn as a band.
+    void openSortAndSelect() {
         WindowFixture f;
         AppController& c = f.c;
+        c.window->show();
         const QByteArray folder = sampleTree();
         const QString path = QFile::decodeName(folder);
         c.openPath(folder);
         checkFace(c, true);
         QCOMPARE(c.pathField->text(), path);
         QCOMPARE(c.status->text(), path + QString::fromUtf8("  ·  Calculating…"));
-        QVERIFY(c.outline->isExpanded(f.rootIndex()));
-        // Nothing is applied before the event loop runs: every size is still unknown.
+        // Nothing is applied before the event loop runs: every size is still unknown and
+        // the rows are in listing order.
         const QModelIndex firstSize = f.model().index(0, TreeModel::SizeColumn, f.rootIndex());
         QCOMPARE(firstSize.data().toString(), QString::fromUtf8("Calculating…"));
         QVERIFY(firstSize.data(Qt::ForegroundRole).isValid());
         QVERIFY(firstSize.siblingAtColumn(TreeModel::ShareColumn).data().toString().isEmpty());
+        c.outline->expand(f.childNamed(f.rootIndex(), "small"));
+        c.outline->expand(f.childNamed(f.rootIndex(), "big"));
+        c.outline->setCurrentIndex(f.childNamed(f.rootIndex(), "small"));
+        const NodePtr big = f.model().nodeAt(f.childNamed(f.rootIndex(), "big"));
 
         QVERIFY(f.settled());
+        QTRY_COMPARE(big->pending, qint64(0));
         const QString total = humanSize(duBytes(folder));
         QCOMPARE(c.status->text(), path + QString::fromUtf8("  ·  4 items  ·  Total ") + total);
         QCOMPARE(f.rowNames(f.rootIndex()), (Names{"big", "mid", "small", "tiny"}));
+        QCOMPARE(f.rowNames(f.childNamed(f.rootIndex(), "big")), (Names{"b1", "b2"}));
         QCOMPARE(f.model().index(0, TreeModel::SizeColumn).data().toString(), total);
         QVERIFY(f.model().index(0, TreeModel::ShareColumn).data().toString().isEmpty());
         const QModelIndex bigShare = f.model().index(0, TreeModel::ShareColumn, f.rootIndex());
         QCOMPARE(bigShare.data().toString(),
-                 barString(double(f.model().nodeAt(bigShare)->size) / double(c.rootNode->size)));
-        QVERIFY(!firstSize.data(Qt::ForegroundRole).isValid());
-    }
-
-    // Opened and selected rows keep their state when their level is sorted.
-    void sortKeepsOpenRowsAndSelection() {
-        WindowFixture f;
-        AppController& c = f.c;
-        c.openPath(sampleTree());
-        // Before any result can have arrived, the rows are in listing order.
+                 barString(double(big->size) / double(c.rootNode->size)));
+        QVERIFY(
+            !bigShare.siblingAtColumn(TreeModel::SizeColumn).data(Qt::ForegroundRole).isValid());
         const QModelIndex small = f.childNamed(f.rootIndex(), "small");
-        const QModelIndex big = f.childNamed(f.rootIndex(), "big");
-        c.outline->expand(small);
-        c.outline->expand(big);
-        c.outline->setCurrentIndex(small);
-        const NodePtr smallNode = f.model().nodeAt(small);
-        QVERIFY(f.settled());
-        QTRY_COMPARE(f.model().nodeAt(big)->pending, qint64(0));
-        QCOMPARE(f.rowNames(f.rootIndex()), (Names{"big", "mid", "small", "tiny"}));
-        const QModelIndex smallNow = f.childNamed(f.rootIndex(), "small");
-        QCOMPARE(f.model().nodeAt(smallNow), smallNode);
-        QCOMPARE(c.outline->currentIndex(), smallNow);
-        QVERIFY(c.outline->selectionModel()->isRowSelected(smallNow.row(), smallNow.parent()));
-        QVERIFY(c.outline->isExpanded(smallNow));
+        QCOMPARE(c.outline->currentIndex(), small);
+        QVERIFY(c.outline->selectionModel()->isRowSelected(small.row(), small.parent()));
+        QVERIFY(c.outline->isExpanded(small));
         QVERIFY(c.outline->isExpanded(f.childNamed(f.rootIndex(), "big")));
-        QCOMPARE(f.rowNames(f.childNamed(f.rootIndex(), "big")), (Names{"b1", "b2"}));
-    }
 
-    // The selected row is a rounded accent band stopping 3 points short of each side.
-    void selectionBand() {
-        WindowFixture f;
-        AppController& c = f.c;
-        c.window->show();
-        c.openPath(sampleTree());
-        QVERIFY(f.settled());
-        const QModelIndex row = f.model().index(1, 0, f.rootIndex());
-        c.outline->setCurrentIndex(row);
-        const QRect cell = c.outline->visualRect(row);
+        // The band is accent-coloured and stops 3 points short of each side.
         const QImage picture = c.outline->viewport()->grab().toImage();
+        const QRect cell = c.outline->visualRect(small);
         const int middle = cell.center().y(), width = c.outline->viewport()->width();
         const auto isAccent = [&](int x, int y) {
             const QColor seen = picture.pixelColor(x, y);
@@ -131,7 +111,8 @@ private Q_SLOTS:
         QVERIFY(isAccent(width - 5, middle));
         QVERIFY(!isAccent(width - 2, middle));
         QVERIFY(!isAccent(10, cell.top())); // 1 point clear above
-        QVERIFY(!isAccent(4, c.outline->visualRect(row.siblingAtRow(2)).center().y()));
+        QVERIFY(
+            !isAccent(4, c.outline->visualRect(f.childNamed(f.rootIndex(), "mid")).center().y()));
     }
 
     void refreshAfterChangesOnDisk_data() {
@@ -235,38 +216,61 @@ private Q_SLOTS:
             QCOMPARE(c.status->text(), "Not a folder: " + typed);
     }
 
-    void drop_data() {
-        QTest::addColumn<QStringList>("dropped");
-        QTest::addColumn<QString>("opened");
-        QTest::newRow("two folders: the first") << QStringList{"one", "two"} << "one";
-        QTest::newRow("a file opens as a root") << QStringList{"file"} << "file";
-        QTest::newRow("web link then folder") << QStringList{"http://a.org/x", "two"} << "two";
-        QTest::newRow("nothing local") << QStringList{"http://a.org/x"} << "";
+    // A folder handed in by a drop, as the launch argument or by the desktop.
+    void folderHandedIn_data() {
+        QTest::addColumn<QString>("way");
+        QTest::addColumn<QByteArrayList>("items");
+        QTest::addColumn<QByteArray>("opened"); // empty: nothing opened
+        const QByteArray none;
+        QTest::newRow("drop of two folders: the first")
+            << "drop" << QByteArrayList{"one", "two"} << QByteArray("one");
+        QTest::newRow("drop of a file: opened as a root")
+            << "drop" << QByteArrayList{"file"} << QByteArray("file");
+        QTest::newRow("drop of a web link, then a folder")
+            << "drop" << QByteArrayList{"http://a.org/x", "two"} << QByteArray("two");
+        QTest::newRow("drop of nothing local")
+            << "drop" << QByteArrayList{"http://a.org/x"} << none;
+        QTest::newRow("launch on a folder not UTF-8")
+            << "launch" << QByteArrayList{"caf\xe9"} << QByteArray("caf\xe9");
+        QTest::newRow("launch on a file") << "launch" << QByteArrayList{"file"} << none;
+        QTest::newRow("launch on nothing there") << "launch" << QByteArrayList{"missing"} << none;
+        QTest::newRow("desktop hands over nothing") << "desktop" << QByteArrayList{} << none;
+        QTest::newRow("desktop hands over two")
+            << "desktop" << QByteArrayList{"one", "two"} << QByteArray("one");
     }
-    void drop() {
-        QFETCH(QStringList, dropped);
-        QFETCH(QString, opened);
-        const QString folder = QFile::decodeName(tmp.freshFolder());
-        makeDir(QFile::encodeName(folder + "/one"));
-        makeDir(QFile::encodeName(folder + "/two"));
-        writeFile(QFile::encodeName(folder + "/file"), 5);
+    void folderHandedIn() {
+        QFETCH(QString, way);
+        QFETCH(QByteArrayList, items);
+        QFETCH(QByteArray, opened);
+        const QByteArray folder = tmp.freshFolder();
+        for (const char* name : {"one", "two", "caf\xe9"})
+            makeDir(join(folder, name));
+        writeFile(join(folder, "file"), 5);
+        QList<QUrl> urls;
+        for (const QByteArray& item : items)
+            urls << (item.startsWith("http")
+                         ? QUrl(item)
+                         : QUrl::fromLocalFile(QFile::decodeName(join(folder, item))));
         WindowFixture f;
         f.c.window->show();
-        QList<QUrl> urls;
-        for (const QString& item : dropped)
-            urls << (item.startsWith("http") ? QUrl(item)
-                                             : QUrl::fromLocalFile(folder + '/' + item));
-        QMimeData data;
-        data.setUrls(urls);
-        auto* target = static_cast<DropView*>(f.c.window->centralWidget());
-        QDragEnterEvent enter({100, 100}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(target, &enter);
-        QVERIFY(enter.isAccepted());
-        QDropEvent dropEvent({100, 100}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(target, &dropEvent);
-        QCOMPARE(dropEvent.isAccepted(), !opened.isEmpty());
+        if (way == "launch") {
+            f.c.applicationDidFinishLaunching({"sizeloom", join(folder, items[0])});
+        } else if (way == "desktop") {
+            f.c.applicationOpen(urls);
+        } else {
+            QMimeData data;
+            data.setUrls(urls);
+            QDragEnterEvent enter({100, 100}, Qt::CopyAction, &data, Qt::LeftButton,
+                                  Qt::NoModifier);
+            QApplication::sendEvent(f.c.window->centralWidget(), &enter);
+            QVERIFY(enter.isAccepted());
+            QDropEvent drop({100, 100}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(f.c.window->centralWidget(), &drop);
+            QCOMPARE(drop.isAccepted(), !opened.isEmpty());
+        }
         QCOMPARE(f.c.rootNode ? f.c.rootNode->url : QByteArray(),
-                 opened.isEmpty() ? QByteArray() : QFile::encodeName(folder + '/' + opened));
+                 opened.isEmpty() ? opened : join(folder, opened));
+        QCOMPARE(visible(f.c.emptyState), opened.isEmpty());
     }
 
     void upButton() {
@@ -284,26 +288,6 @@ private Q_SLOTS:
         QCOMPARE(c.rootNode, root);
     }
 
-    void launchArgument_data() {
-        QTest::addColumn<QByteArray>("argument");
-        QTest::addColumn<bool>("opens");
-        QTest::newRow("not UTF-8 folder") << QByteArray("caf\xe9") << true;
-        QTest::newRow("file") << QByteArray("file") << false;
-        QTest::newRow("missing") << QByteArray("missing") << false;
-    }
-    void launchArgument() {
-        QFETCH(QByteArray, argument);
-        QFETCH(bool, opens);
-        const QByteArray folder = tmp.freshFolder();
-        makeDir(join(folder, "caf\xe9"));
-        writeFile(join(folder, "file"), 3);
-        WindowFixture f;
-        f.c.applicationDidFinishLaunching({"sizeloom", join(folder, argument)});
-        QCOMPARE(f.c.rootNode ? f.c.rootNode->url : QByteArray(),
-                 opens ? join(folder, argument) : QByteArray());
-        QCOMPARE(visible(f.c.emptyState), !opens);
-    }
-
     void frameIsKeptBetweenRuns() {
         QRect placed;
         {
@@ -315,16 +299,6 @@ private Q_SLOTS:
         }
         WindowFixture f;
         QCOMPARE(f.c.window->geometry().size(), placed.size());
-    }
-
-    void handedOverItemsOpenTheFirst() {
-        const QString folder = QFile::decodeName(tmp.freshFolder());
-        makeDir(QFile::encodeName(folder + "/a"));
-        WindowFixture f;
-        f.c.applicationOpen({});
-        QVERIFY(!f.c.rootNode);
-        f.c.applicationOpen({QUrl::fromLocalFile(folder + "/a"), QUrl::fromLocalFile(folder)});
-        QCOMPARE(f.c.rootNode->url, QFile::encodeName(folder + "/a"));
     }
 };
 
