@@ -182,14 +182,10 @@ private Q_SLOTS:
     void pathField_data() {
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("opened"); // empty: not a folder, the message is shown
-        QTest::newRow("tilde") << "~/home-sub"
-                               << "BASE/home/home-sub";
-        QTest::newRow("trailing blank") << "BASE/home "
-                                        << "";
-        QTest::newRow("a file") << "BASE/file"
-                                << "";
-        QTest::newRow("empty") << ""
-                               << "";
+        QTest::newRow("tilde") << QString("~/home-sub") << QString("BASE/home/home-sub");
+        QTest::newRow("trailing blank") << QString("BASE/home ") << QString();
+        QTest::newRow("a file") << QString("BASE/file") << QString();
+        QTest::newRow("empty") << QString() << QString();
     }
     void pathField() {
         QFETCH(QString, typed);
@@ -221,22 +217,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("way");
         QTest::addColumn<QByteArrayList>("items");
         QTest::addColumn<QByteArray>("opened"); // empty: nothing opened
+        using L = QByteArrayList;
         const QByteArray none;
-        QTest::newRow("drop of two folders: the first")
-            << "drop" << QByteArrayList{"one", "two"} << QByteArray("one");
-        QTest::newRow("drop of a file: opened as a root")
-            << "drop" << QByteArrayList{"file"} << QByteArray("file");
-        QTest::newRow("drop of a web link, then a folder")
-            << "drop" << QByteArrayList{"http://a.org/x", "two"} << QByteArray("two");
-        QTest::newRow("drop of nothing local")
-            << "drop" << QByteArrayList{"http://a.org/x"} << none;
-        QTest::newRow("launch on a folder not UTF-8")
-            << "launch" << QByteArrayList{"caf\xe9"} << QByteArray("caf\xe9");
-        QTest::newRow("launch on a file") << "launch" << QByteArrayList{"file"} << none;
-        QTest::newRow("launch on nothing there") << "launch" << QByteArrayList{"missing"} << none;
-        QTest::newRow("desktop hands over nothing") << "desktop" << QByteArrayList{} << none;
+        QTest::newRow("drop of two folders") << "drop" << L{"one", "two"} << QByteArray("one");
+        QTest::newRow("drop of a file") << "drop" << L{"file"} << QByteArray("file");
+        QTest::newRow("drop of a link, a folder")
+            << "drop" << L{"http://a.org/x", "two"} << QByteArray("two");
+        QTest::newRow("drop of nothing local") << "drop" << L{"http://a.org/x"} << none;
+        QTest::newRow("launch on a folder") << "launch" << L{"caf\xe9"} << QByteArray("caf\xe9");
+        QTest::newRow("launch on a file") << "launch" << L{"file"} << none;
+        QTest::newRow("launch on nothing there") << "launch" << L{"missing"} << none;
+        QTest::newRow("desktop hands over nothing") << "desktop" << L{} << none;
         QTest::newRow("desktop hands over two")
-            << "desktop" << QByteArrayList{"one", "two"} << QByteArray("one");
+            << "desktop" << L{"one", "two"} << QByteArray("one");
     }
     void folderHandedIn() {
         QFETCH(QString, way);
