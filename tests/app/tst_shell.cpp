@@ -74,25 +74,21 @@ private Q_SLOTS:
         QStringList columns;
         for (int i = 0; i < TreeModel::ColumnCount; ++i)
             columns << c.model->headerData(i, Qt::Horizontal, Qt::DisplayRole).toString();
-        const QStringList texts{c.pathField->placeholderText(),
-                                c.upButton->toolTip(),
-                                c.upButton->accessibleName(),
-                                c.topBrowse->text(),
-                                c.emptyBrowse->text(),
-                                c.emptyTitle->text(),
-                                columns.join('|'),
-                                c.status->text(),
-                                c.volHeaderLabel->text(),
-                                c.grantButton->text()};
-        QCOMPARE(
-            texts,
-            (QStringList{"Ordnerpfad einfügen oder Ordner ins Fenster ziehen",
-                         "Übergeordneter Ordner", "Übergeordneter Ordner", "Ordner wählen…",
-                         "Ordner wählen…", "Ordner hierher ziehen", "Name|Größe|Anteil (am Ordner)",
-                         tmp.path() + "  ·  0 Objekte  ·  Gesamt " + humanSize(c.rootNode->size),
-                         "Speicher", "Vollständiger Festplattenzugriff…"}));
+        const QList<std::pair<QString, QString>> shown{
+            {c.pathField->placeholderText(), "Ordnerpfad einfügen oder Ordner ins Fenster ziehen"},
+            {c.upButton->toolTip(), "Übergeordneter Ordner"},
+            {c.upButton->accessibleName(), "Übergeordneter Ordner"},
+            {c.topBrowse->text(), "Ordner wählen…"},
+            {c.emptyBrowse->text(), "Ordner wählen…"},
+            {c.emptyTitle->text(), "Ordner hierher ziehen"},
+            {columns.join('|'), "Name|Größe|Anteil (am Ordner)"},
+            {c.status->text(),
+             tmp.path() + "  ·  0 Objekte  ·  Gesamt " + humanSize(c.rootNode->size)},
+            {c.volHeaderLabel->text(), "Speicher"},
+            {c.grantButton->text(), "Vollständiger Festplattenzugriff…"}};
+        for (const auto& [text, german] : shown)
+            QCOMPARE(text, german);
         QCOMPARE(headers.size(), 1);
-        QVERIFY(c.topBrowse->styleSheet().contains("background-color")); // still an accent button
         const QList<QLabel*> rowLabels = c.volumesList->findChildren<QLabel*>();
         const auto rowSays = [&](const QString& text) {
             return std::any_of(rowLabels.begin(), rowLabels.end(),

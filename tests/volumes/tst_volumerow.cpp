@@ -41,13 +41,6 @@ AttributedText shownRuns(const QString& html) {
     return runs;
 }
 
-QList<QWidget*> rowParts(QWidget* row) {
-    QList<QWidget*> parts;
-    for (int i = 0; i < row->layout()->count(); ++i)
-        parts << row->layout()->itemAt(i)->widget();
-    return parts;
-}
-
 } // namespace
 
 class TestVolumeRow : public QObject {
@@ -97,13 +90,11 @@ private Q_SLOTS:
         QFETCH(double, fraction);
         const qint64 free = qint64(double(total) * fraction);
         std::unique_ptr<QWidget> row(makeVolumeRow(name, free, total, true));
-        const QList<QWidget*> parts = rowParts(row.get());
-        QCOMPARE(parts.size(), 4);
-        auto* icon = qobject_cast<QLabel*>(parts[0]);
-        auto* label = qobject_cast<QLabel*>(parts[1]);
-        auto* bar = qobject_cast<VolumeBar*>(parts[2]);
-        auto* capacity = qobject_cast<QLabel*>(parts[3]);
-        QVERIFY(icon && label && bar && capacity);
+        // The icon, the name and the capacity, with the bar between the last two.
+        const QList<QLabel*> labels = row->findChildren<QLabel*>(Qt::FindDirectChildrenOnly);
+        auto* bar = row->findChild<VolumeBar*>();
+        QVERIFY(labels.size() == 3 && bar && row->layout()->indexOf(bar) == 2);
+        QLabel *icon = labels[0], *label = labels[1], *capacity = labels[2];
         QCOMPARE(icon->pixmap().toImage(), driveIcon(true, icon->devicePixelRatioF()).toImage());
         QCOMPARE(bar->fraction(), fraction);
         QCOMPARE(capacity->text(), richText(capAttr(free, total)));
