@@ -3,6 +3,7 @@
 #include "core/TreeDisplay.h"
 
 #include <QCoreApplication>
+#include <QThread>
 #include <algorithm>
 
 using namespace temptree;
@@ -155,14 +156,20 @@ private Q_SLOTS:
     void noResultsAfterControllerIsGone() {
         const QByteArray folder = tmp.freshFolder();
         for (int i = 0; i < 8; ++i) {
-            const QByteArray sub = join(folder, "d" + QByteArray::number(i));
-            makeDir(sub);
-            writeFile(join(sub, "x"), 100000);
+            makeDir(join(folder, "d" + QByteArray::number(i)));
+            for (int j = 0; j < 200; ++j)
+                writeFile(join(folder, "d" + QByteArray::number(i) + '/' + QByteArray::number(j)),
+                          0);
         }
         NodePtr root = Node::make(folder, true);
         auto controller = std::make_unique<AppController>();
         controller->ensureListed(root);
         const NodeList children = *root->children;
+        // Gone while the folders are being measured, before any result is handed back
+        // (the event loop does not run meanwhile).
+        const QDeadlineTimer deadline(10000);
+        while (controller->sizeQueue->activeThreadCount() < 2 && !deadline.hasExpired())
+            QThread::yieldCurrentThread();
         controller.reset();
         // Queued work holds the folder; it lets go once every result has been handed back.
         QTRY_COMPARE(root.use_count(), 1L);

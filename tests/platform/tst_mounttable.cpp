@@ -77,13 +77,6 @@ void makeSysfs(const QByteArray& sys) {
     makeLink("../.." + mapped, sys + "/dev/block/254:0");
 }
 
-std::optional<VolumeInfo> rootVolume() {
-    for (const VolumeInfo& volume : mountedVolumes())
-        if (volume.mountPoint == "/")
-            return volume;
-    return std::nullopt;
-}
-
 } // namespace
 
 class TestMountTable : public QObject {
@@ -247,6 +240,11 @@ private Q_SLOTS:
     void rootMatchesDf() {
         // Other programs write to this disk meanwhile; a reading is compared only when
         // the free space did not move across the df run.
+        const auto rootVolume = [] {
+            const QList<VolumeInfo> volumes = mountedVolumes();
+            const auto root = std::ranges::find(volumes, "/", &VolumeInfo::mountPoint);
+            return root == volumes.end() ? std::nullopt : std::optional(*root);
+        };
         for (int attempt = 0; attempt < 20; ++attempt) {
             const std::optional<VolumeInfo> before = rootVolume();
             const auto [dfTotal, dfAvailable] = dfRoot();

@@ -45,9 +45,10 @@ struct WindowFixture {
         const int row = int(rowNames(folder).indexOf(name));
         return row < 0 ? QModelIndex() : model().index(row, 0, folder);
     }
-    bool rootTotalShown() { return c.status->text().contains(QStringLiteral("Total")); }
     // Waits (with the event loop running) until the root's total and its level are in.
     bool settled() {
-        return QTest::qWaitFor([&] { return rootTotalShown() && c.rootNode->pending == 0; });
+        return QTest::qWaitFor([&] {
+            return c.status->text().contains(QStringLiteral("Total")) && c.rootNode->pending == 0;
+        });
     }
 };

@@ -115,7 +115,6 @@ private Q_SLOTS:
         QFETCH(bool, internal);
         QFETCH(qreal, ratio);
         const QPixmap icon = driveIcon(internal, ratio);
-        QCOMPARE(icon.deviceIndependentSize(), QSizeF(15, 15));
         QCOMPARE(icon.size(), QSize(qRound(15 * ratio), qRound(15 * ratio)));
         // Every pixel drawn is the accent colour, at whatever coverage.
         const QImage image = icon.toImage().convertToFormat(QImage::Format_ARGB32);
