@@ -7,7 +7,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QString>
 #include <QTemporaryDir>
 #include <QTest>
 #include <unistd.h>
@@ -19,77 +18,58 @@ public:
 
     ~LoopImage() { unmount(); }
 
-    // Why a loop mount cannot be tried here at all, or an empty text.
-    static QString unavailableReason() {
+    // Makes the image with the label and mounts it. Returns why a loop mount cannot be
+    // had here (not root, no loop devices, refused for want of permission), if so.
+    QString mount(const QString& label, bool* mounted) {
+        *mounted = false;
         if (geteuid() != 0)
             return QStringLiteral("loop-mounting an image needs root");
         if (!QFile::exists(QStringLiteral("/dev/loop-control")))
             return QStringLiteral("no loop devices here (/dev/loop-control is missing)");
+        const QString image = folder.filePath(QStringLiteral("volume.img"));
+        const QString target = folder.filePath(QStringLiteral("mnt"));
+        const QString mkfs = QStandardPaths::findExecutable("mkfs.ext4", {"/usr/sbin", "/sbin"});
+        QString complaint;
+        if (!folder.isValid() || !QDir().mkpath(target) || !run("truncate", {"-s", "8M", image}) ||
+            !run(mkfs, {"-q", "-L", label, image}) ||
+            !run("mount", {"-o", "loop", image, target}, &complaint)) {
+            for (const char* refusal :
+                 {"ermission denied", "not permitted", "failed to setup loop"})
+                if (complaint.contains(QLatin1String(refusal)))
+                    return QStringLiteral("loop mount refused: ") + complaint.trimmed();
+            return {};
+        }
+        mountPoint = QFile::encodeName(target);
+        *mounted = true;
         return {};
     }
 
-    // Makes the image with the label and mounts it; skipReason is set when the system
-    // refuses loop mounts for want of permission.
-    bool mount(const QString& label, QString* skipReason) {
-        if (!folder.isValid())
-            return false;
-        const QString image = folder.filePath(QStringLiteral("volume.img"));
-        const QString target = folder.filePath(QStringLiteral("mnt"));
-        if (!QDir().mkpath(target) || !run(QStringLiteral("truncate"), {"-s", "8M", image}) ||
-            !run(mkfs(), {"-q", "-L", label, image}))
-            return false;
-        QProcess mounting;
-        mounting.start(QStringLiteral("mount"), {"-o", "loop", image, target});
-        if (!mounting.waitForFinished(30000))
-            return false;
-        const QString complaint = QString::fromLocal8Bit(mounting.readAllStandardError());
-        if (mounting.exitCode() != 0) {
-            if (complaint.contains(QStringLiteral("ermission denied")) ||
-                complaint.contains(QStringLiteral("not permitted")) ||
-                complaint.contains(QStringLiteral("failed to setup loop device")))
-                *skipReason = QStringLiteral("loop mount refused: ") + complaint.trimmed();
-            return false;
-        }
-        mountPoint = QFile::encodeName(target);
-        return true;
-    }
-
     bool unmount() {
-        if (mountPoint.isEmpty())
-            return true;
-        if (!run(QStringLiteral("umount"), {QFile::decodeName(mountPoint)}))
-            return false;
-        mountPoint.clear();
-        return true;
+        if (mountPoint.isEmpty() || run("umount", {QFile::decodeName(mountPoint)}))
+            mountPoint.clear();
+        return mountPoint.isEmpty();
     }
 
 private:
     QTemporaryDir folder;
 
-    static QString mkfs() {
-        const QString onPath = QStandardPaths::findExecutable(QStringLiteral("mkfs.ext4"));
-        return onPath.isEmpty() ? QStandardPaths::findExecutable(QStringLiteral("mkfs.ext4"),
-                                                                 {"/usr/sbin", "/sbin"})
-                                : onPath;
-    }
-
-    static bool run(const QString& program, const QStringList& arguments) {
+    static bool run(const QString& program, const QStringList& arguments,
+                    QString* complaint = nullptr) {
         QProcess process;
         process.start(program, arguments);
-        return process.waitForFinished(30000) && process.exitStatus() == QProcess::NormalExit &&
-               process.exitCode() == 0;
+        const bool ran = process.waitForFinished(30000);
+        if (complaint)
+            *complaint = QString::fromLocal8Bit(process.readAllStandardError());
+        return ran && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
     }
 };
 
 // Makes and mounts the image with the label, or skips the test where loop mounts
-// cannot be had (not root, no loop devices, refused for want of permission).
+// cannot be had.
 #define LOOP_MOUNT_OR_SKIP(image, label)                                                           \
     do {                                                                                           \
-        if (const QString reason = LoopImage::unavailableReason(); !reason.isEmpty())              \
-            QSKIP(qPrintable(reason));                                                             \
-        QString skipReason;                                                                        \
-        const bool mounted = (image).mount(label, &skipReason);                                    \
-        if (!skipReason.isEmpty())                                                                 \
-            QSKIP(qPrintable(skipReason));                                                         \
+        bool mounted = false;                                                                      \
+        if (const QString skip = (image).mount(label, &mounted); !skip.isEmpty())                  \
+            QSKIP(qPrintable(skip));                                                               \
         QVERIFY2(mounted, "could not make and mount the image");                                   \
     } while (false)

@@ -1,8 +1,9 @@
-#include "RecordingDisplay.h"
 #include "TempTree.h"
 #include "app/AppController.h"
+#include "core/TreeDisplay.h"
 
 #include <QCoreApplication>
+#include <QThread>
 #include <algorithm>
 
 using namespace temptree;
@@ -16,46 +17,48 @@ QList<QByteArray> names(const NodeList& nodes) {
     return list;
 }
 
-QList<QByteArray> sorted(QList<QByteArray> list) {
-    std::sort(list.begin(), list.end());
-    return list;
-}
+// A folder listed as the root of a controller, with a stand-in for the outline that
+// says which nodes are shown and records every redraw.
+struct Listing : TreeDisplay {
+    AppController controller;
+    NodePtr root;
+    QSet<const Node*> shown;
+    QList<const Node*> rowRedraws, childRedraws;
+
+    explicit Listing(const QByteArray& folder) : root(Node::make(folder, true)) {
+        controller.display = this;
+        controller.rootNode = root;
+        controller.ensureListed(root);
+    }
+    bool isShown(const Node& node) const override { return shown.contains(&node); }
+    void redrawRow(const NodePtr& node) override { rowRedraws << node.get(); }
+    void redrawRowAndChildren(const NodePtr& node) override { childRedraws << node.get(); }
+};
 
 } // namespace
 
 class TestListing : public QObject {
     Q_OBJECT
-    temptree::Dir tmp;
-    QByteArray base;
+    Dir tmp;
 
 private Q_SLOTS:
-    void initTestCase() {
-        QVERIFY(tmp.isValid());
-        base = tmp.bytes();
-    }
+    void initTestCase() { QVERIFY(tmp.isValid()); }
 
     void entriesAsTheFileSystemHasThem() {
         const QByteArray folder = tmp.freshFolder();
-        writeFile(join(folder, "plain"), 10);
-        writeFile(join(folder, ".hidden"), 10);
-        writeFile(join(folder, "._plain"), 10);
+        for (const char* file : {"plain", ".hidden", "._plain", "caf\xe9"})
+            writeFile(join(folder, file), 10);
         makeDir(join(folder, "sub"));
         makeDir(join(folder, "._sub"));
-        writeFile(join(folder, "caf\xe9"), 10);
         QVERIFY(symlink(join(folder, "sub").constData(), join(folder, "linkToSub").constData()) ==
                 0);
 
-        AppController controller;
-        const NodePtr root = Node::make(folder, true);
-        controller.rootNode = root;
-        controller.ensureListed(root);
-        QVERIFY(root->children);
-        QCOMPARE(sorted(names(*root->children)),
-                 sorted({"plain", ".hidden", "sub", "caf\xe9", "linkToSub"}));
+        Listing listing(folder);
+        const NodePtr& root = listing.root;
+        QList<QByteArray> listed = names(*root->children);
+        std::sort(listed.begin(), listed.end());
+        QCOMPARE(listed, (QList<QByteArray>{".hidden", "caf\xe9", "linkToSub", "plain", "sub"}));
         for (const NodePtr& child : *root->children) {
-            QCOMPARE(child->parent.lock(), root);
-            QCOMPARE(child->size, qint64(-1));
-            QVERIFY(!child->children);
             // Only the real folder is a folder; the link to it is not.
             QCOMPARE(child->isDir, lastPathComponent(child->url) == "sub");
             if (child->url.endsWith("caf\xe9"))
@@ -74,101 +77,60 @@ private Q_SLOTS:
         QFETCH(QByteArray, suffix);
         const QByteArray folder = tmp.freshFolder();
         writeFile(join(folder, "file"), 1);
-        AppController controller;
-        RecordingDisplay display;
-        controller.display = &display;
-        const NodePtr node = Node::make(folder + suffix, true);
-        controller.ensureListed(node);
-        QVERIFY(node->children.has_value());
-        QVERIFY(node->children->empty());
-        QCOMPARE(node->pending, qint64(0));
+        Listing listing(folder + suffix);
+        QVERIFY(listing.root->children && listing.root->children->empty());
+        QCOMPARE(listing.root->pending, qint64(0));
         QCoreApplication::processEvents();
-        QVERIFY(display.childRedraws.isEmpty());
-    }
-
-    void listsOnlyOnce() {
-        const QByteArray folder = tmp.freshFolder();
-        AppController controller;
-        const NodePtr node = Node::make(folder, true);
-        controller.ensureListed(node);
-        QVERIFY(node->children && node->children->empty());
+        QVERIFY(listing.childRedraws.isEmpty());
+        // Listed once: what arrives later is not seen until the folder is listed afresh.
         writeFile(join(folder, "late"), 1);
-        controller.ensureListed(node);
-        QVERIFY(node->children->empty());
-
-        const NodePtr file = Node::make(join(folder, "late"), false);
-        controller.ensureListed(file);
-        QVERIFY(!file->children);
+        listing.controller.ensureListed(listing.root);
+        QVERIFY(listing.root->children->empty());
     }
 
     // Sizes arrive in any order; the level is sorted once, largest first, ties in
     // listing order, and only then redrawn with its children.
     void sortsOnceWhenAllSizesAreIn() {
         const QByteArray folder = tmp.freshFolder();
+        for (const char* tie : {"tieA", "tieB", "tieC"})
+            writeFile(join(folder, tie), 40000);
         writeFile(join(folder, "small"), 4096);
-        writeFile(join(folder, "tieA"), 40000);
-        writeFile(join(folder, "tieB"), 40000);
-        writeFile(join(folder, "tieC"), 40000);
         writeFile(join(folder, "empty"), 0);
         writeFile(join(folder, "large"), 300000);
         makeDir(join(folder, "dir"));
-        writeFile(join(join(folder, "dir"), "inner"), 200000);
+        writeFile(join(folder, "dir/inner"), 200000);
 
-        AppController controller;
-        RecordingDisplay display;
-        controller.display = &display;
-        const NodePtr root = Node::make(folder, true);
-        controller.rootNode = root;
-        controller.ensureListed(root);
-        const NodeList listingOrder = *root->children;
+        Listing listing(folder);
+        const NodeList listingOrder = *listing.root->children;
         for (const NodePtr& child : listingOrder)
-            display.shown.insert(child.get());
-
-        QTRY_COMPARE(root->pending, qint64(0));
+            listing.shown.insert(child.get());
+        QTRY_COMPARE(listing.root->pending, qint64(0));
         // Every shown child was redrawn once, and the folder once at the end.
-        QCOMPARE(display.rowRedraws.size(), int(listingOrder.size()));
-        QCOMPARE(display.childRedraws, QList<const Node*>{root.get()});
-
-        for (const NodePtr& child : listingOrder) {
-            const qint64 expected =
-                child->isDir ? duBytes(child->url) : statBlocksBytes(child->url);
-            QCOMPARE(child->size, expected);
-        }
-        NodeList expected = listingOrder;
-        std::stable_sort(expected.begin(), expected.end(),
-                         [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
-        QCOMPARE(names(*root->children), names(expected));
-        QCOMPARE(lastPathComponent(root->children->back()->url), QByteArray("empty"));
-        QCOMPARE(lastPathComponent(root->children->front()->url), QByteArray("large"));
-        // The three equal files keep the order in which the listing gave them.
-        QList<QByteArray> tiesListed, tiesSorted;
+        QCOMPARE(listing.rowRedraws.size(), qsizetype(listingOrder.size()));
+        QCOMPARE(listing.childRedraws, QList<const Node*>{listing.root.get()});
         for (const NodePtr& child : listingOrder)
-            if (child->url.contains("/tie"))
-                tiesListed << child->url;
-        for (const NodePtr& child : *root->children)
-            if (child->url.contains("/tie"))
-                tiesSorted << child->url;
-        QCOMPARE(tiesSorted, tiesListed);
+            QCOMPARE(child->size, child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
+        // The three equal files keep the order in which the listing gave them.
+        QList<QByteArray> expected = names(listingOrder);
+        for (const char* name : {"large", "dir", "small", "empty"})
+            expected.removeOne(name);
+        expected =
+            QList<QByteArray>{"large", "dir"} + expected + QList<QByteArray>{"small", "empty"};
+        QCOMPARE(names(*listing.root->children), expected);
     }
 
     void hiddenFolderIsNotRedrawn() {
         const QByteArray folder = tmp.freshFolder();
         makeDir(join(folder, "sub"));
-        writeFile(join(join(folder, "sub"), "x"), 5000);
-        AppController controller;
-        RecordingDisplay display;
-        controller.display = &display;
-        const NodePtr root = Node::make(folder, true);
-        controller.rootNode = root;
-        controller.ensureListed(root);
-        const NodePtr sub = root->children->front();
-        controller.ensureListed(sub); // listed, then collapsed: not shown
+        writeFile(join(folder, "sub/x"), 5000);
+        Listing listing(folder);
+        const NodePtr sub = listing.root->children->front();
+        listing.controller.ensureListed(sub); // listed, then collapsed: not shown
         QTRY_COMPARE(sub->pending, qint64(0));
-        QTRY_COMPARE(root->pending, qint64(0));
-        QCOMPARE(sub->children->front()->size, statBlocksBytes(join(join(folder, "sub"), "x")));
-        QVERIFY(!display.childRedraws.contains(sub.get()));
-        QVERIFY(!display.rowRedraws.contains(sub->children->front().get()));
-        QVERIFY(display.childRedraws.contains(root.get())); // the root always is
+        QTRY_COMPARE(listing.root->pending, qint64(0));
+        QCOMPARE(sub->children->front()->size, statBlocksBytes(join(folder, "sub/x")));
+        QCOMPARE(listing.childRedraws, QList<const Node*>{listing.root.get()}); // root always
+        QVERIFY(listing.rowRedraws.isEmpty());
     }
 
     // A discarded listing's results still count down the new listing's pending.
@@ -176,37 +138,38 @@ private Q_SLOTS:
         const QByteArray folder = tmp.freshFolder();
         for (int i = 0; i < 4; ++i)
             writeFile(join(folder, "f" + QByteArray::number(i)), 4096 * (i + 1));
-        AppController controller;
-        RecordingDisplay display;
-        controller.display = &display;
-        const NodePtr root = Node::make(folder, true);
-        controller.rootNode = root;
-        controller.ensureListed(root);
+        Listing listing(folder);
+        const NodePtr& root = listing.root;
         const NodeList old = *root->children;
         root->children.reset();
-        controller.ensureListed(root);
+        listing.controller.ensureListed(root);
         QCOMPARE(root->pending, qint64(4));
         for (const NodePtr& node : old)
             QTRY_VERIFY(node->size >= 0);
         QTRY_COMPARE(root->pending, qint64(-4));
         // One sort and one redraw, when the count passed through zero.
-        QCOMPARE(display.childRedraws.size(), 1);
+        QCOMPARE(listing.childRedraws.size(), 1);
         for (const NodePtr& node : old)
-            QVERIFY(std::find(root->children->begin(), root->children->end(), node) ==
-                    root->children->end());
+            QCOMPARE(std::ranges::count(*root->children, node), 0);
     }
 
     void noResultsAfterControllerIsGone() {
         const QByteArray folder = tmp.freshFolder();
         for (int i = 0; i < 8; ++i) {
-            const QByteArray sub = join(folder, "d" + QByteArray::number(i));
-            makeDir(sub);
-            writeFile(join(sub, "x"), 100000);
+            makeDir(join(folder, "d" + QByteArray::number(i)));
+            for (int j = 0; j < 200; ++j)
+                writeFile(join(folder, "d" + QByteArray::number(i) + '/' + QByteArray::number(j)),
+                          0);
         }
         NodePtr root = Node::make(folder, true);
         auto controller = std::make_unique<AppController>();
         controller->ensureListed(root);
         const NodeList children = *root->children;
+        // Gone while the folders are being measured, before any result is handed back
+        // (the event loop does not run meanwhile).
+        const QDeadlineTimer deadline(10000);
+        while (controller->sizeQueue->activeThreadCount() < 2 && !deadline.hasExpired())
+            QThread::yieldCurrentThread();
         controller.reset();
         // Queued work holds the folder; it lets go once every result has been handed back.
         QTRY_COMPARE(root.use_count(), 1L);
@@ -217,31 +180,35 @@ private Q_SLOTS:
 
     void fiftyThousandEntries() {
         const QByteArray folder = tmp.freshFolder();
-        for (int i = 0; i < 50000; ++i) {
-            const QByteArray path = join(folder, "n" + QByteArray::number(i));
-            if (i % 5000 == 0)
-                writeFile(path, 4096 * (1 + i / 5000));
-            else {
-                const int fd = open(path.constData(), O_WRONLY | O_CREAT, 0644);
-                QVERIFY(fd >= 0);
-                close(fd);
-            }
-        }
-        AppController controller;
-        RecordingDisplay display;
-        controller.display = &display;
-        const NodePtr root = Node::make(folder, true);
-        controller.rootNode = root;
-        controller.ensureListed(root);
-        QCOMPARE(root->children->size(), size_t(50000));
-        QTRY_COMPARE_WITH_TIMEOUT(root->pending, qint64(0), 60000);
-        QCOMPARE(display.childRedraws.size(), 1);
-        const NodeList& level = *root->children;
+        for (int i = 0; i < 50000; ++i)
+            writeFile(join(folder, "n" + QByteArray::number(i)),
+                      i % 5000 ? 0 : 4096 * (1 + i / 5000));
+        Listing listing(folder);
+        const NodeList& level = *listing.root->children;
+        QCOMPARE(level.size(), size_t(50000));
+        QTRY_COMPARE_WITH_TIMEOUT(listing.root->pending, qint64(0), 60000);
+        QCOMPARE(listing.childRedraws.size(), 1);
         QVERIFY(std::is_sorted(level.begin(), level.end(), [](const NodePtr& a, const NodePtr& b) {
             return a->size > b->size;
         }));
         QCOMPARE(lastPathComponent(level.front()->url), QByteArray("n45000"));
         QCOMPARE(level.front()->size, statBlocksBytes(join(folder, "n45000")));
+    }
+
+    void nodeNames_data() {
+        QTest::addColumn<QByteArray>("url");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("parentPath");
+        QTest::newRow("file-system root") << QByteArray("/") << "/" << QByteArray("/");
+        QTest::newRow("top folder") << QByteArray("/home") << "home" << QByteArray("/");
+        QTest::newRow("trailing slash") << QByteArray("/home/u/") << "u" << QByteArray("/home");
+    }
+    void nodeNames() {
+        QFETCH(QByteArray, url);
+        QFETCH(QString, name);
+        QFETCH(QByteArray, parentPath);
+        QCOMPARE(Node(url, true).name, name);
+        QCOMPARE(deletingLastPathComponent(url), parentPath);
     }
 };
 

@@ -15,7 +15,7 @@
 #include <memory>
 
 struct WindowFixture {
-    std::unique_ptr<AppController> controller;
+    AppController c;
     std::unique_ptr<QAbstractItemModelTester> tester;
 
     // The model tester walks (and so lists) every folder it can; tests of what is
@@ -23,35 +23,32 @@ struct WindowFixture {
     explicit WindowFixture(bool withModelTester = true) {
         QStandardPaths::setTestModeEnabled(true);
         Loc::current = Lang::en;
-        controller = std::make_unique<AppController>();
-        controller->buildWindow();
+        c.buildWindow();
         if (withModelTester)
             tester = std::make_unique<QAbstractItemModelTester>(
-                controller->model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+                c.model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     }
     ~WindowFixture() {
         tester.reset();
-        delete controller->window;
+        delete c.window;
     }
 
-    AppController& c() { return *controller; }
-    TreeModel& model() { return *controller->model; }
-
-    // Names of a folder's rows, in the order the outline shows them.
+    TreeModel& model() { return *c.model; }
+    QModelIndex rootIndex() { return model().index(0, 0); }
     QList<QByteArray> rowNames(const QModelIndex& folder) {
         QList<QByteArray> names;
         for (int row = 0; row < model().rowCount(folder); ++row)
             names << lastPathComponent(model().nodeAt(model().index(row, 0, folder))->url);
         return names;
     }
-    QModelIndex rootIndex() { return model().index(0, 0); }
     QModelIndex childNamed(const QModelIndex& folder, const QByteArray& name) {
-        for (int row = 0; row < model().rowCount(folder); ++row) {
-            const QModelIndex index = model().index(row, 0, folder);
-            if (lastPathComponent(model().nodeAt(index)->url) == name)
-                return index;
-        }
-        return {};
+        const int row = int(rowNames(folder).indexOf(name));
+        return row < 0 ? QModelIndex() : model().index(row, 0, folder);
     }
-    bool rootTotalShown() { return controller->status->text().contains(QStringLiteral("Total")); }
+    // Waits (with the event loop running) until the root's total and its level are in.
+    bool settled() {
+        return QTest::qWaitFor([&] {
+            return c.status->text().contains(QStringLiteral("Total")) && c.rootNode->pending == 0;
+        });
+    }
 };

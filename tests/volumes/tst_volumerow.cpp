@@ -28,29 +28,17 @@ int accentPixelsOnMiddleLine(const QImage& image) {
     return count;
 }
 
-// The text of a rich-text label as a document lays it out: one entry a fragment.
-struct Fragment {
-    QString text;
-    QColor color;
-    int weight;
-};
-
-QList<Fragment> fragments(const QString& html) {
+// The runs of a rich-text label as a document lays its text out.
+AttributedText shownRuns(const QString& html) {
     QTextDocument document;
     document.setHtml(html);
-    QList<Fragment> list;
+    AttributedText runs;
     for (QTextBlock::iterator it = document.begin().begin(); !it.atEnd(); ++it) {
         const QTextCharFormat format = it.fragment().charFormat();
-        list << Fragment{it.fragment().text(), format.foreground().color(), format.fontWeight()};
+        runs << TextRun{it.fragment().text(), QColor::fromRgba(format.foreground().color().rgba()),
+                        QFont::Weight(format.fontWeight())};
     }
-    return list;
-}
-
-QList<QWidget*> rowParts(QWidget* row) {
-    QList<QWidget*> parts;
-    for (int i = 0; i < row->layout()->count(); ++i)
-        parts << row->layout()->itemAt(i)->widget();
-    return parts;
+    return runs;
 }
 
 } // namespace
@@ -62,117 +50,83 @@ private Q_SLOTS:
 
     void capacityText_data() {
         QTest::addColumn<Lang>("lang");
-        QTest::addColumn<qint64>("freeBytes");
-        QTest::addColumn<qint64>("totalBytes");
         QTest::addColumn<QString>("freeText");
         QTest::addColumn<QString>("totalText");
-        QTest::newRow("en") << Lang::en << qint64(42'500'000'000) << qint64(500'000'000'000)
-                            << "Free 42.5 GB"
+        QTest::newRow("en") << Lang::en << "Free 42.5 GB"
                             << "  /  Total 500 GB";
-        QTest::newRow("en, small and empty")
-            << Lang::en << qint64(0) << qint64(99'940'000'000) << "Free 0.0 GB"
-            << "  /  Total 99.9 GB";
-        QTest::newRow("ko keeps the unit")
-            << Lang::ko << qint64(42'500'000'000) << qint64(500'000'000'000)
-            << QString::fromUtf8("남은 42.5 GB") << QString::fromUtf8("  /  전체 500 GB");
+        QTest::newRow("ko keeps the unit") << Lang::ko << "남은 42.5 GB"
+                                           << "  /  전체 500 GB";
     }
     void capacityText() {
         QFETCH(Lang, lang);
-        QFETCH(qint64, freeBytes);
-        QFETCH(qint64, totalBytes);
         QFETCH(QString, freeText);
         QFETCH(QString, totalText);
         Loc::current = lang;
         const AttributedText expected{{freeText, accentColor(), QFont::DemiBold},
                                       {totalText, secondaryTextColor(), QFont::Normal}};
-        QCOMPARE(capAttr(freeBytes, totalBytes), expected);
+        QCOMPARE(capAttr(42'500'000'000, 500'000'000'000), expected);
     }
 
-    void richTextKeepsRunsAndSpaces() {
-        const AttributedText runs = capAttr(1'500'000'000, 250'000'000'000);
-        const QList<Fragment> shown = fragments(richText(runs));
-        QCOMPARE(shown.size(), 2);
-        for (int i = 0; i < 2; ++i) {
-            QCOMPARE(shown[i].text, runs[i].text);
-            QCOMPARE(shown[i].color.rgba(), runs[i].color.rgba());
-            QCOMPARE(shown[i].weight, int(runs[i].weight));
-        }
+    // The label shows each run with its colour and weight, blanks and markup as they are.
+    void richTextKeepsRuns() {
+        AttributedText runs = capAttr(1'500'000'000, 250'000'000'000);
+        runs << TextRun{"<b>&  x", Qt::black, QFont::Normal};
+        for (TextRun& run : runs) // as 8-bit channels, the precision of rich text
+            run.color = QColor::fromRgba(run.color.rgba());
+        QCOMPARE(shownRuns(richText(runs)), runs);
     }
 
-    void richTextEscapesMarkup() {
-        const AttributedText runs{{"<b>&  x", Qt::black, QFont::Normal}};
-        QCOMPARE(fragments(richText(runs)).value(0).text, QString("<b>&  x"));
+    void rowHoldsIconNameBarAndCapacity_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<qint64>("total");
+        QTest::addColumn<double>("fraction");
+        QTest::newRow("a quarter free") << "Data" << qint64(100'000'000'000) << 0.25;
+        QTest::newRow("empty volume") << "Data" << qint64(0) << 0.0;
+        QTest::newRow("long name cut at the end") << QString(200, u'W') << qint64(1) << 1.0;
     }
-
     void rowHoldsIconNameBarAndCapacity() {
-        Loc::current = Lang::ko;
-        std::unique_ptr<QWidget> row(makeVolumeRow("Data", 25'000'000'000, 100'000'000'000, true));
-        const QList<QWidget*> parts = rowParts(row.get());
-        QCOMPARE(parts.size(), 4);
-        auto* icon = qobject_cast<QLabel*>(parts[0]);
-        auto* name = qobject_cast<QLabel*>(parts[1]);
-        auto* bar = qobject_cast<VolumeBar*>(parts[2]);
-        auto* capacity = qobject_cast<QLabel*>(parts[3]);
-        QVERIFY(icon && name && bar && capacity);
-        QCOMPARE(icon->size(), QSize(15, 15));
-        QCOMPARE(icon->pixmap().deviceIndependentSize(), QSizeF(15, 15));
-        QCOMPARE(name->text(), QString("Data"));
-        QCOMPARE(name->width(), 130);
-        QCOMPARE(bar->fraction(), 0.25);
-        QCOMPARE(bar->height(), 7);
-        QCOMPARE(capacity->text(), richText(capAttr(25'000'000'000, 100'000'000'000)));
-        QCOMPARE(capacity->width(), 200);
-        QVERIFY(capacity->alignment() & Qt::AlignRight);
-        QCOMPARE(static_cast<QHBoxLayout*>(row->layout())->spacing(), 8);
-    }
-
-    void longNameIsCutAtTheEnd() {
-        const QString longName(200, u'W');
-        std::unique_ptr<QWidget> row(makeVolumeRow(longName, 1, 2, true));
-        auto* name = qobject_cast<QLabel*>(rowParts(row.get()).value(1));
-        QVERIFY(name);
-        QVERIFY(name->text().endsWith(QChar(0x2026)));
-        QVERIFY(name->fontMetrics().horizontalAdvance(name->text()) <= 130);
-    }
-
-    void emptyVolumeHasNoFraction() {
-        std::unique_ptr<QWidget> row(makeVolumeRow("Empty", 0, 0, true));
-        auto* bar = qobject_cast<VolumeBar*>(rowParts(row.get()).value(2));
-        QVERIFY(bar);
-        QCOMPARE(bar->fraction(), 0.0);
+        QFETCH(QString, name);
+        QFETCH(qint64, total);
+        QFETCH(double, fraction);
+        const qint64 free = qint64(double(total) * fraction);
+        std::unique_ptr<QWidget> row(makeVolumeRow(name, free, total, true));
+        // The icon, the name and the capacity, with the bar between the last two.
+        const QList<QLabel*> labels = row->findChildren<QLabel*>(Qt::FindDirectChildrenOnly);
+        auto* bar = row->findChild<VolumeBar*>();
+        QVERIFY(labels.size() == 3 && bar && row->layout()->indexOf(bar) == 2);
+        QLabel *icon = labels[0], *label = labels[1], *capacity = labels[2];
+        QCOMPARE(icon->pixmap().toImage(), driveIcon(true, icon->devicePixelRatioF()).toImage());
+        QCOMPARE(bar->fraction(), fraction);
+        QCOMPARE(capacity->text(), richText(capAttr(free, total)));
+        if (name.size() < 100)
+            QCOMPARE(label->text(), name);
+        else
+            QVERIFY(label->text().endsWith(QChar(0x2026)) &&
+                    label->fontMetrics().horizontalAdvance(label->text()) <= label->width());
     }
 
     void driveIcons_data() {
         QTest::addColumn<bool>("internal");
         QTest::addColumn<qreal>("ratio");
         QTest::newRow("internal") << true << 1.0;
-        QTest::newRow("external") << false << 1.0;
-        QTest::newRow("internal, dense screen") << true << 2.0;
         QTest::newRow("external, dense screen") << false << 3.0;
     }
     void driveIcons() {
         QFETCH(bool, internal);
         QFETCH(qreal, ratio);
         const QPixmap icon = driveIcon(internal, ratio);
-        QCOMPARE(icon.devicePixelRatio(), ratio);
-        QCOMPARE(icon.deviceIndependentSize(), QSizeF(15, 15));
         QCOMPARE(icon.size(), QSize(qRound(15 * ratio), qRound(15 * ratio)));
         // Every pixel drawn is the accent colour, at whatever coverage.
         const QImage image = icon.toImage().convertToFormat(QImage::Format_ARGB32);
         int opaque = 0;
         for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x) {
-                const QColor color = image.pixelColor(x, y);
-                if (color.alpha() < 250)
-                    continue;
-                ++opaque;
-                QVERIFY(isAccent(color));
-            }
+            for (int x = 0; x < image.width(); ++x)
+                if (const QColor color = image.pixelColor(x, y); color.alpha() >= 250) {
+                    ++opaque;
+                    QVERIFY(isAccent(color));
+                }
         QVERIFY(opaque > image.width());
-    }
-
-    void internalAndExternalDiffer() {
-        QVERIFY(driveIcon(true, 1).toImage() != driveIcon(false, 1).toImage());
+        QVERIFY(icon.toImage() != driveIcon(!internal, ratio).toImage());
     }
 
     void barFill_data() {
@@ -182,9 +136,7 @@ private Q_SLOTS:
         QTest::newRow("free = total") << 200 << 1.0 << 200;
         QTest::newRow("half") << 200 << 0.5 << 100;
         QTest::newRow("a quarter") << 240 << 0.25 << 60;
-        QTest::newRow("free = 0") << 200 << 0.0 << 0;
         QTest::newRow("exactly half a point") << 100 << 0.005 << 0;
-        QTest::newRow("under half a point") << 200 << 0.001 << 0;
         QTest::newRow("just over half a point, drawn as high as the bar") << 100 << 0.006 << 7;
         QTest::newRow("narrower than high, drawn as high") << 200 << 0.02 << 7;
         QTest::newRow("more than whole") << 200 << 1.7 << 200;
@@ -197,17 +149,14 @@ private Q_SLOTS:
         VolumeBar bar;
         bar.resize(width, 7);
         bar.setFraction(fraction);
-        QCOMPARE(bar.fraction(), fraction);
         const QImage image = bar.grab().toImage();
-        QCOMPARE(image.size(), QSize(width, 7));
-        QVERIFY2(std::abs(accentPixelsOnMiddleLine(image) - filled) <= 1,
-                 qPrintable(QString::number(accentPixelsOnMiddleLine(image))));
+        const int accent = accentPixelsOnMiddleLine(image);
+        QVERIFY2(std::abs(accent - filled) <= 1, qPrintable(QString::number(accent)));
         // The track shows where the fill does not reach: not the background around
         // the pill (a corner) and not the accent.
         if (filled < width - 10) {
             const QColor track = image.pixelColor(width - 5, 3);
-            QVERIFY(!isAccent(track));
-            QVERIFY(track != image.pixelColor(0, 0));
+            QVERIFY(!isAccent(track) && track != image.pixelColor(0, 0));
         }
     }
 };

@@ -1,0 +1,243 @@
+// The application shell: the menu bar, Preferences, About and the language switch.
+#include "app/UserDefaults.h"
+#include "text/SizeText.h"
+#include "ui/WindowFixture.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QMenuBar>
+#include <QRadioButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTimer>
+
+namespace {
+
+// Each menu's title, then its items: text and shortcut, or "-" for a separator.
+QStringList describe(QMenuBar* bar) {
+    QStringList out;
+    for (QAction* top : bar->actions()) {
+        out << top->menu()->title() + ':';
+        for (QAction* item : top->menu()->actions())
+            out << (item->isSeparator()
+                        ? QStringLiteral("-")
+                        : (item->text() + ' ' + item->shortcut().toString()).trimmed());
+    }
+    return out;
+}
+
+QAction* editItem(AppController& c, int item) {
+    return c.mainMenu->actions().at(1)->menu()->actions().at(item);
+}
+
+QStringList checkedTitles(const QList<QRadioButton*>& radios) {
+    QStringList out;
+    for (QRadioButton* radio : radios)
+        if (radio->isChecked())
+            out << radio->text();
+    return out;
+}
+
+QPoint centreOfScreen() {
+    return QGuiApplication::primaryScreen()->availableGeometry().center();
+}
+
+} // namespace
+
+class TestShell : public QObject {
+    Q_OBJECT
+    QTemporaryDir tmp;
+
+private Q_SLOTS:
+    void initTestCase() {
+        QStandardPaths::setTestModeEnabled(true);
+        QVERIFY(tmp.isValid());
+    }
+    void init() {
+        Loc::current = Lang::en;
+        userDefaults()->clear();
+    }
+
+    // After a switch every text of the window, its volume rows and its menu is in the
+    // new language, the menu rebuilt whole in its place.
+    void everyTextFollowsTheSwitch() {
+        WindowFixture f(false);
+        AppController& c = f.c;
+        c.buildMainMenu();
+        const QPointer<QMenuBar> oldMenu = c.mainMenu;
+        c.openPath(QFile::encodeName(tmp.path()));
+        QVERIFY(f.settled());
+        QSignalSpy headers(c.model, &QAbstractItemModel::headerDataChanged);
+
+        c.langRadioChanged(Lang::de);
+        QStringList columns;
+        for (int i = 0; i < TreeModel::ColumnCount; ++i)
+            columns << c.model->headerData(i, Qt::Horizontal, Qt::DisplayRole).toString();
+        const QList<std::pair<QString, QString>> shown{
+            {c.pathField->placeholderText(), "Ordnerpfad einfügen oder Ordner ins Fenster ziehen"},
+            {c.upButton->toolTip(), "Übergeordneter Ordner"},
+            {c.upButton->accessibleName(), "Übergeordneter Ordner"},
+            {c.topBrowse->text(), "Ordner wählen…"},
+            {c.emptyBrowse->text(), "Ordner wählen…"},
+            {c.emptyTitle->text(), "Ordner hierher ziehen"},
+            {columns.join('|'), "Name|Größe|Anteil (am Ordner)"},
+            {c.status->text(),
+             tmp.path() + "  ·  0 Objekte  ·  Gesamt " + humanSize(c.rootNode->size)},
+            {c.volHeaderLabel->text(), "Speicher"},
+            {c.grantButton->text(), "Vollständiger Festplattenzugriff…"}};
+        for (const auto& [text, german] : shown)
+            QCOMPARE(text, german);
+        QCOMPARE(headers.size(), 1);
+        const QList<QLabel*> rowLabels = c.volumesList->findChildren<QLabel*>();
+        const auto rowSays = [&](const QString& text) {
+            return std::any_of(rowLabels.begin(), rowLabels.end(),
+                               [&](QLabel* label) { return label->text().contains(text); });
+        };
+        QVERIFY(rowSays("Frei ") && !rowSays("Free "));
+        QCOMPARE(c.window->menuBar(), c.mainMenu);
+        QTRY_VERIFY(oldMenu.isNull());
+        QCOMPARE(describe(c.mainMenu),
+                 (QStringList{"Sizeloom:", "Über Sizeloom", "-", "Einstellungen… Ctrl+,", "-",
+                              "Sizeloom beenden Ctrl+Q", "Bearbeiten:", "Ausschneiden Ctrl+X",
+                              "Kopieren Ctrl+C", "Einsetzen Ctrl+V", "Alles auswählen Ctrl+A"}));
+    }
+
+    // The status line follows as far as there is something to rebuild.
+    void statusLineFollows_data() {
+        QTest::addColumn<bool>("open");
+        QTest::addColumn<bool>("listed");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("no folder")
+            << false << false
+            << "Выберите папку  ·  Двойной клик = Показать в Finder  ·  Правый клик = Меню";
+        QTest::newRow("listed, total still unknown")
+            << true << true << "/srv/data  ·  2 объектов  ·  Всего Вычисление…";
+        // The old language stays until the line is next written.
+        QTest::newRow("not listed yet") << true << false << "untouched";
+    }
+    void statusLineFollows() {
+        QFETCH(bool, open);
+        QFETCH(bool, listed);
+        QFETCH(QString, line);
+        AppController c;
+        const std::unique_ptr<QLabel> status(c.status = new QLabel("untouched"));
+        if (open)
+            c.rootNode = Node::make("/srv/data", true);
+        if (listed)
+            c.rootNode->children = NodeList{Node::make("/srv/data/a", false, c.rootNode),
+                                            Node::make("/srv/data/b", true, c.rootNode)};
+        c.langRadioChanged(Lang::ru);
+        QCOMPARE(c.status->text(), line);
+    }
+
+    // The Edit items and their keys act on the focused path field, and only on it.
+    void editItemsActOnThePathField() {
+        WindowFixture f(false);
+        AppController& c = f.c;
+        c.buildMainMenu();
+        c.openPath(QFile::encodeName(tmp.path()));
+        QVERIFY(QTest::qWaitForWindowActive(c.window));
+        const QString path = c.pathField->text();
+        c.pathField->setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), c.pathField);
+        editItem(c, 3)->trigger(); // select all
+        editItem(c, 0)->trigger(); // cut
+        QCOMPARE(c.pathField->text(), QString());
+        QCOMPARE(QApplication::clipboard()->text(), path);
+        editItem(c, 2)->trigger(); // paste
+        QCOMPARE(c.pathField->text(), path);
+        c.pathField->setSelection(1, 3);
+        editItem(c, 1)->trigger(); // copy
+        QCOMPARE(QApplication::clipboard()->text(), path.mid(1, 3));
+        QTest::keySequence(c.window, QKeySequence::SelectAll);
+        QTest::keySequence(c.window, QKeySequence::Cut);
+        QCOMPARE(c.pathField->text(), QString());
+        QTest::keySequence(c.window, QKeySequence::Paste);
+        QCOMPARE(c.pathField->text(), path);
+
+        c.pathField->selectAll();
+        c.outline->setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), c.outline);
+        QApplication::clipboard()->setText("other");
+        editItem(c, 0)->trigger();
+        editItem(c, 2)->trigger();
+        QCOMPARE(c.pathField->text(), path);
+        QCOMPARE(QApplication::clipboard()->text(), QString("other"));
+        QTest::keySequence(c.window, QKeySequence("Ctrl+,"));
+        QTRY_VERIFY(c.prefsWindow && c.prefsWindow->isVisible());
+    }
+
+    void prefsShownTwiceIsTheSameWindow() {
+        Loc::current = Lang::fr;
+        AppController c;
+        c.showPrefs();
+        const QPointer<QWidget> first = c.prefsWindow;
+        QCOMPARE(checkedTitles(c.langRadios), QStringList{"Français"});
+        QVERIFY(first->close());
+        QCoreApplication::processEvents();
+        first->move(3, 5);
+        c.langRadios[6]->click(); // Deutsch, while hidden
+        c.showPrefs();
+        QCOMPARE(c.prefsWindow, first.data());
+        QVERIFY(first->isVisible());
+        QCOMPARE(first->windowTitle(), QString("Einstellungen"));
+        QCOMPARE(checkedTitles(c.langRadios), QStringList{"Deutsch"});
+        QCOMPARE(first->frameGeometry().center(), centreOfScreen());
+    }
+
+    // en to ja while Preferences is open: its title and label change at once.
+    void switchWhilePrefsAreOpen() {
+        AppController c;
+        c.showPrefs();
+        QTest::mouseClick(c.langRadios[4], Qt::LeftButton);
+        QCOMPARE(Loc::current, Lang::ja);
+        QCOMPARE(c.prefsWindow->windowTitle(), QString("環境設定"));
+        QCOMPARE(c.prefsLangLabel->text(), QString("言語"));
+        QCOMPARE(checkedTitles(c.langRadios), QStringList{"日本語"});
+        QCOMPARE(c.langRadios[0]->text(), QString("한국어")); // names stay in their own language
+        QCOMPARE(c.mainMenu->actions().at(1)->menu()->title(), QString("編集"));
+        // Stored for the next start, where defaultLang reads it (see tst_lang).
+        QCOMPARE(userDefaults()->value("lang").toString(), QString("ja"));
+    }
+
+    void aboutMadeOnceAndKept() {
+        Loc::current = Lang::ru;
+        AppController c;
+        c.buildMainMenu();
+        c.mainMenu->actions().at(0)->menu()->actions().at(0)->trigger();
+        const QPointer<QWidget> about = c.aboutWindow;
+        QVERIFY(about && about->isVisible());
+        const QList<QLabel*> labels = about->findChildren<QLabel*>();
+        QCOMPARE(labels.size(), 4);
+        QCOMPARE(labels[0]->pixmap().devicePixelRatio(), about->devicePixelRatioF());
+        QCOMPARE(labels[2]->text(), QString("Version " SIZELOOM_VERSION)); // not translated
+        QVERIFY(about->close());
+        QCoreApplication::processEvents();
+        c.showAbout();
+        QCOMPARE(c.aboutWindow, about.data());
+        QVERIFY(about->isVisible());
+        QCOMPARE(about->frameGeometry().center(), centreOfScreen());
+    }
+
+    // Last: Ctrl+Q ends the event loop the way quitting the program does. Built in the
+    // order start-up uses, the window adopts the menu made before it.
+    void quitEndsTheEventLoop() {
+        AppController c;
+        c.buildMainMenu();
+        c.buildWindow();
+        const std::unique_ptr<QMainWindow> window(c.window);
+        QCOMPARE(c.window->menuBar(), c.mainMenu);
+        QVERIFY(QTest::qWaitForWindowActive(c.window));
+        QSignalSpy aboutToQuit(qApp, &QCoreApplication::aboutToQuit);
+        QTimer::singleShot(0, c.window,
+                           [&c] { QTest::keySequence(c.window, QKeySequence("Ctrl+Q")); });
+        // Only reached if the key did nothing.
+        QTimer::singleShot(10000, qApp, [] { QCoreApplication::exit(7); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(aboutToQuit.size(), 1);
+    }
+};
+
+QTEST_MAIN(TestShell)
+#include "tst_shell.moc"

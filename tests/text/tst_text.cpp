@@ -1,0 +1,228 @@
+// The interface's texts: the language chosen, the string table, and the texts made
+// from sizes (size and share cells, bars, capacities and the status line).
+#include "app/AppController.h"
+#include "app/UserDefaults.h"
+#include "text/SizeText.h"
+#include "text/StatusLine.h"
+#include "ui/ShareText.h"
+
+#include <QStandardPaths>
+#include <QTest>
+
+using Env = QMap<QString, QString>;
+using Sizes = QList<qint64>;
+
+class TestText : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+    void init() {
+        Loc::current = Lang::en;
+        userDefaults()->clear();
+    }
+
+    // The language at start: the stored choice when valid, else the first language the
+    // environment prefers, else English. Choosing never writes: a derived language is
+    // not remembered.
+    void defaultLang_data() {
+        QTest::addColumn<QVariant>("stored");
+        QTest::addColumn<Env>("env");
+        QTest::addColumn<Lang>("lang");
+        const QVariant none;
+        QTest::newRow("stored wins over LANG")
+            << QVariant("fr") << Env{{"LANG", "de_DE.UTF-8"}} << Lang::fr;
+        QTest::newRow("stored invalid")
+            << QVariant("fr-FR") << Env{{"LANG", "ja_JP.UTF-8"}} << Lang::ja;
+        QTest::newRow("zh_TW") << none << Env{{"LANG", "zh_TW.UTF-8"}} << Lang::zh;
+        QTest::newRow("pt_BR") << none << Env{{"LANG", "pt_BR.UTF-8"}} << Lang::pt;
+        QTest::newRow("es_419") << none << Env{{"LANG", "es_419"}} << Lang::es;
+        QTest::newRow("it") << none << Env{{"LANGUAGE", "it_IT:de"}, {"LANG", "de_DE"}} << Lang::en;
+        QTest::newRow("empty environment") << none << Env{} << Lang::en;
+        QTest::newRow("LANGUAGE first, empty parts skipped")
+            << none << Env{{"LANGUAGE", "::ko_KR:ja"}, {"LANG", "ru_RU.UTF-8"}} << Lang::ko;
+        QTest::newRow("LC_ALL before LC_MESSAGES and LANG")
+            << none << Env{{"LC_ALL", "es_MX"}, {"LC_MESSAGES", "de"}, {"LANG", "ja"}} << Lang::es;
+        QTest::newRow("LC_MESSAGES before LANG")
+            << none << Env{{"LC_MESSAGES", "de_DE@euro"}, {"LANG", "ja_JP"}} << Lang::de;
+        QTest::newRow("C is no language, yet decides")
+            << none << Env{{"LC_ALL", "C.UTF-8"}, {"LANG", "de_DE"}} << Lang::en;
+    }
+    void defaultLang() {
+        QFETCH(QVariant, stored);
+        QFETCH(Env, env);
+        QFETCH(Lang, lang);
+        if (stored.isValid())
+            userDefaults()->setValue("lang", stored);
+        for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
+            qputenv(name, env.value(name).toUtf8());
+        QCOMPARE(AppController::defaultLang(), lang);
+        QCOMPARE(userDefaults()->value("lang"), stored);
+    }
+
+    void lookupFallbacks() {
+        Loc::current = Lang::ru;
+        QCOMPARE(t("menu_quit"), QString("Завершить Sizeloom"));
+        QCOMPARE(t("no_such_key"), QString("no_such_key"));
+        Loc::current = Lang::zh;
+        QCOMPARE(t("not_a_folder"), QString("不是文件夹："));
+    }
+
+    // The table is complete, and the texts callers build on keep their exact shape.
+    void tableIsComplete() {
+        for (auto entry = STRINGS().cbegin(); entry != STRINGS().cend(); ++entry) {
+            QCOMPARE(entry->size(), 9);
+            for (const QString& text : *entry)
+                QVERIFY2(!text.isEmpty(), qPrintable(entry.key()));
+        }
+    }
+
+    void textShapes_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<int>("lang");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("ellipsis") << "choose_folder" << int(Lang::en) << "Choose Folder…";
+        QTest::newRow("trailing blank") << "not_a_folder" << int(Lang::en) << "Not a folder: ";
+        QTest::newRow("french blank before colon") << "copied" << int(Lang::fr) << "Copié : ";
+        QTest::newRow("full-width parentheses")
+            << "col_pct" << int(Lang::ja) << "割合（親フォルダ比）";
+    }
+    void textShapes() {
+        QFETCH(QString, key);
+        QFETCH(int, lang);
+        QFETCH(QString, text);
+        QCOMPARE(STRINGS().value(key).value(Lang(lang)), text);
+    }
+
+    void humanSize_data() {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("unknown") << qint64(-1) << "Calculating…";
+        QTest::newRow("zero") << qint64(0) << "0 B";
+        QTest::newRow("below KB") << qint64(1023) << "1023 B";
+        QTest::newRow("one KB") << qint64(1024) << "1.0 KB";
+        QTest::newRow("rounds up in KB") << qint64(1048575) << "1024.0 KB";
+        QTest::newRow("one MB") << qint64(1048576) << "1.0 MB";
+        QTest::newRow("GB") << qint64(5) * 1024 * 1024 * 1024 + 512 * 1024 * 1024 << "5.5 GB";
+        QTest::newRow("no unit past PB")
+            << qint64(1024) * 1024 * 1024 * 1024 * 1024 * 1024 << "1024.0 PB";
+    }
+    void humanSize() {
+        QFETCH(qint64, bytes);
+        QFETCH(QString, text);
+        QCOMPARE(::humanSize(bytes), text);
+    }
+
+    void barString_data() {
+        QTest::addColumn<double>("fraction");
+        QTest::addColumn<int>("filled");
+        QTest::addColumn<QString>("percent");
+        QTest::newRow("nothing") << 0.0 << 0 << "   0%";
+        QTest::newRow("cells and percent round apart") << 0.049 << 0 << "   5%";
+        QTest::newRow("half a cell rounds up") << 0.05 << 1 << "   5%";
+        QTest::newRow("9.5 cells") << 0.95 << 10 << "  95%";
+        QTest::newRow("whole") << 1.0 << 10 << " 100%";
+        QTest::newRow("more than whole") << 1.7 << 10 << " 170%";
+        QTest::newRow("negative clamps") << -0.3 << 0 << " -30%";
+    }
+    void barString() {
+        QFETCH(double, fraction);
+        QFETCH(int, filled);
+        QFETCH(QString, percent);
+        const QString expected =
+            QString(filled, QChar(0x2588)) + QString(10 - filled, QChar(0x2591)) + percent;
+        QCOMPARE(::barString(fraction), expected);
+    }
+
+    void gbStr_data() {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("rounds to 32.0") << qint64(31999999999) << "32.0";
+        QTest::newRow("99.9") << qint64(99940000000) << "99.9";
+        QTest::newRow("test before rounding") << qint64(99960000000) << "100.0";
+        QTest::newRow("500") << qint64(499963174912) << "500";
+    }
+    void gbStr() {
+        QFETCH(qint64, bytes);
+        QFETCH(QString, text);
+        QCOMPARE(::gbStr(bytes), text);
+    }
+
+    void statusLine_data() {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<int>("children"); // -1: not listed yet
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("counted"); // "": not listed, no count to give
+        // A name that is not UTF-8 still shows, with a replacement character.
+        const QString path = QStringLiteral("/data/caf\uFFFD  ·  ");
+        QTest::newRow("en unknown size") << "en" << qint64(-1) << 3 << path + "Calculating…"
+                                         << path + "3 items  ·  Total Calculating…";
+        QTest::newRow("en known size")
+            << "en" << qint64(1536) << 2 << path + "2 items  ·  Total 1.5 KB"
+            << path + "2 items  ·  Total 1.5 KB";
+        QTest::newRow("en not listed") << "en" << qint64(4096) << -1 << path + "Calculating…"
+                                       << "";
+        QTest::newRow("ko known size")
+            << "ko" << qint64(5) * 1024 * 1024 << 12 << path + "하위 12개  ·  합계 5.0 MB"
+            << path + "하위 12개  ·  합계 5.0 MB";
+    }
+    void statusLine() {
+        QFETCH(QString, lang);
+        QFETCH(qint64, size);
+        QFETCH(int, children);
+        QFETCH(QString, line);
+        QFETCH(QString, counted);
+        Loc::current = *LangInfo::fromRawValue(lang);
+        const NodePtr root = Node::make("/data/caf\xe9", true);
+        root->size = size;
+        if (children >= 0) {
+            root->children.emplace();
+            for (int i = 0; i < children; ++i)
+                root->children->push_back(
+                    Node::make("/data/x" + QByteArray::number(i), true, root));
+            // Only direct children count, not the whole tree below the root.
+            if (children > 0)
+                root->children->front()->children = NodeList{Node::make("/data/x0/a", false)};
+        }
+        QCOMPARE(statusLineForRoot(*root), line);
+        if (!counted.isEmpty())
+            QCOMPARE(countedStatusLine(*root), counted);
+    }
+
+    // The share of the first child given the folder's size and all children's sizes.
+    void share_data() {
+        QTest::addColumn<qint64>("folderSize");
+        QTest::addColumn<bool>("listed");
+        QTest::addColumn<Sizes>("children");
+        QTest::addColumn<double>("fraction"); // negative: empty text
+        QTest::newRow("of the folder's total") << qint64(1000) << true << Sizes{250, 100} << 0.25;
+        QTest::newRow("unknown child") << qint64(1000) << true << Sizes{-1, 100} << -1.0;
+        QTest::newRow("unknown total: known siblings stand in")
+            << qint64(-1) << true << Sizes{300, 100, -1, 600} << 0.3;
+        QTest::newRow("zero total: known siblings stand in")
+            << qint64(0) << true << Sizes{50, 150} << 0.25;
+        QTest::newRow("all zero") << qint64(0) << true << Sizes{0, 0, 0} << -1.0;
+        QTest::newRow("listing discarded: own size") << qint64(-1) << false << Sizes{40, 60} << 1.0;
+        QTest::newRow("not clamped above one") << qint64(100) << true << Sizes{170} << 1.7;
+    }
+    void share() {
+        QFETCH(qint64, folderSize);
+        QFETCH(bool, listed);
+        QFETCH(Sizes, children);
+        QFETCH(double, fraction);
+        const NodePtr folder = Node::make("/f", true);
+        folder->size = folderSize;
+        NodeList nodes;
+        for (qint64 size : children) {
+            nodes.push_back(Node::make("/f/c", false, folder));
+            nodes.back()->size = size;
+        }
+        if (listed)
+            folder->children = nodes;
+        const QString expected = fraction < 0 ? QString() : ::barString(fraction);
+        QCOMPARE(shareText(*nodes.front()), expected);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestText)
+#include "tst_text.moc"
