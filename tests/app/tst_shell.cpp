@@ -197,7 +197,7 @@ private Q_SLOTS:
         QCOMPARE(checkedTitles(c.langRadios), QStringList{"日本語"});
         QCOMPARE(c.langRadios[0]->text(), QString("한국어")); // names stay in their own language
         QCOMPARE(c.mainMenu->actions().at(1)->menu()->title(), QString("編集"));
-        // Stored for the next start, where defaultLang reads it (see tst_lang).
+        // Stored for the next start, where defaultLang reads it (see tst_text).
         QCOMPARE(userDefaults()->value("lang").toString(), QString("ja"));
     }
 
