@@ -156,10 +156,9 @@ private Q_SLOTS:
     void noResultsAfterControllerIsGone() {
         const QByteArray folder = tmp.freshFolder();
         for (int i = 0; i < 8; ++i) {
-            makeDir(join(folder, "d" + QByteArray::number(i)));
-            for (int j = 0; j < 200; ++j)
-                writeFile(join(folder, "d" + QByteArray::number(i) + '/' + QByteArray::number(j)),
-                          0);
+            const QByteArray sub = join(folder, "d" + QByteArray::number(i));
+            makeDir(sub);
+            writeFile(join(sub, "x"), 100000);
         }
         NodePtr root = Node::make(folder, true);
         auto controller = std::make_unique<AppController>();

@@ -45,10 +45,15 @@ struct WindowFixture {
         const int row = int(rowNames(folder).indexOf(name));
         return row < 0 ? QModelIndex() : model().index(row, 0, folder);
     }
-    // Waits (with the event loop running) until the root's total and its level are in.
+    // Wait (with the event loop running) until the root's total and its level are in,
+    // or until a folder is listed and its level measured (an outline in the middle of
+    // laying out lists an opened folder only afterwards).
     bool settled() {
         return QTest::qWaitFor([&] {
             return c.status->text().contains(QStringLiteral("Total")) && c.rootNode->pending == 0;
         });
+    }
+    bool listed(const NodePtr& folder) {
+        return QTest::qWaitFor([&] { return folder->children && folder->pending == 0; });
     }
 };
