@@ -44,6 +44,7 @@ private Q_SLOTS:
         QProcess program;
         startProgram(program, withFolder ? QStringList{QFile::decodeName(folder)} : QStringList{});
         X11Display x;
+        QVERIFY2(x.isOpen(), "cannot open the X display");
         Window window = 0;
         QTRY_VERIFY_WITH_TIMEOUT((window = x.findWindow("Sizeloom")) != 0, 15000);
         QTRY_COMPARE(x.geometry(window).size(), QSize(820, 600));
@@ -69,6 +70,7 @@ private Q_SLOTS:
         QProcess first;
         startProgram(first, {});
         X11Display x;
+        QVERIFY2(x.isOpen(), "cannot open the X display");
         Window window = 0;
         QTRY_VERIFY_WITH_TIMEOUT((window = x.findWindow("Sizeloom")) != 0, 15000);
         // The empty face has no accent colour in its top strip; the browsing face's
