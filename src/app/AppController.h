@@ -104,14 +104,15 @@ public:
     QList<QRadioButton*> langRadios;
 
 private:
-    // Measures one listed child on a worker and hands the size to the main thread.
-    static void reportSize(QPointer<AppController> self, const NodePtr& child,
-                           const NodePtr& folder);
+    // What to do on the main thread with a measured size; the controller is null
+    // when it is gone by then.
+    using SizeHandler = std::function<void(QPointer<AppController>, qint64)>;
+    // On a worker: measures the node and hands the size to the main thread.
+    static void measureAndHandBack(QPointer<AppController> self, const NodePtr& node,
+                                   const SizeHandler& apply);
     void applyChildSize(const NodePtr& child, const NodePtr& folder, qint64 size);
     void applyRootTotal(const NodePtr& root);
-    // Runs computeSize on sizeQueue and hands the result back to the main thread,
-    // where apply runs with a weak controller (null when the controller is gone).
-    void measureInBackground(const NodePtr& node,
-                             std::function<void(QPointer<AppController>, qint64)> apply);
+    // Runs computeSize on sizeQueue and hands the result back to the main thread.
+    void measureInBackground(const NodePtr& node, SizeHandler apply);
     bool isShown(const Node& node) const;
 };

@@ -7,32 +7,20 @@
 #include <QCoreApplication>
 #include <algorithm>
 
-void AppController::measureInBackground(
-    const NodePtr& node, std::function<void(QPointer<AppController>, qint64)> apply) {
-    QPointer<AppController> self(this);
-    sizeQueue->start([node, self, apply = std::move(apply)] {
-        const qint64 size = computeSize(*node);
-        QCoreApplication* app = QCoreApplication::instance();
-        if (!app)
-            return;
-        QMetaObject::invokeMethod(
-            app, [self, apply, size] { apply(self, size); }, Qt::QueuedConnection);
-    });
-}
-
-void AppController::reportSize(QPointer<AppController> self, const NodePtr& child,
-                               const NodePtr& folder) {
-    const qint64 size = computeSize(*child);
+void AppController::measureAndHandBack(QPointer<AppController> self, const NodePtr& node,
+                                       const SizeHandler& apply) {
+    const qint64 size = computeSize(*node);
     QCoreApplication* app = QCoreApplication::instance();
     if (!app)
         return;
     QMetaObject::invokeMethod(
-        app,
-        [self, child, folder, size] {
-            if (self)
-                self->applyChildSize(child, folder, size);
-        },
-        Qt::QueuedConnection);
+        app, [self, apply, size] { apply(self, size); }, Qt::QueuedConnection);
+}
+
+void AppController::measureInBackground(const NodePtr& node, SizeHandler apply) {
+    sizeQueue->start([self = QPointer<AppController>(this), node, apply = std::move(apply)] {
+        measureAndHandBack(self, node, apply);
+    });
 }
 
 bool AppController::isShown(const Node& node) const {
@@ -54,7 +42,13 @@ void AppController::ensureListed(const NodePtr& node) {
     QPointer<AppController> self(this);
     sizeQueue->start([self, pool = sizeQueue, folder = node, children = *node->children] {
         for (const NodePtr& child : children)
-            pool->start([self, child, folder] { reportSize(self, child, folder); });
+            pool->start([self, child, folder] {
+                measureAndHandBack(self, child,
+                                   [child, folder](QPointer<AppController> self, qint64 size) {
+                                       if (self)
+                                           self->applyChildSize(child, folder, size);
+                                   });
+            });
     });
 }
 
