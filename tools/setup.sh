@@ -6,9 +6,10 @@ set -euo pipefail
 PACKAGES=(
   cmake ninja-build g++ pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 qt6-qpa-plugins
-  libarchive-dev libmount-dev libblkid-dev
+  libarchive-dev libmount-dev libblkid-dev libglib2.0-dev
   coreutils dbus dbus-x11 xvfb xauth x11-utils libx11-dev
-  appstream desktop-file-utils unzip zip e2fsprogs
+  appstream desktop-file-utils unzip zip e2fsprogs dosfstools exfatprogs
+  trash-cli xclip xdg-utils
   fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme
 )
 

@@ -4,6 +4,7 @@
 #include "text/Lang.h"
 
 #include <QList>
+#include <QModelIndex>
 #include <QObject>
 #include <QPointer>
 #include <QThreadPool>
@@ -14,6 +15,7 @@ class QAbstractScrollArea;
 class QLabel;
 class QLineEdit;
 class QMainWindow;
+class QMenu;
 class QMenuBar;
 class QPushButton;
 class QRadioButton;
@@ -89,6 +91,25 @@ public:
     QWidget* volumesList = nullptr;
     QLabel* volHeaderLabel = nullptr;
     QPushButton* grantButton = nullptr;
+
+    // --- item actions (src/actions) ---
+    // The menu for the row (counted from the top of the outline), or none; remembers
+    // the row's node in menuNode.
+    QMenu* buildContextMenu(int row);
+    void revealDoubleClicked(const QModelIndex& index);
+    void ctxReveal();
+    void ctxQuickLook();
+    void ctxGetInfo();
+    void ctxRename();
+    void ctxDuplicate();
+    void ctxTrash();
+    void ctxCopyFile();
+    void ctxCopyPath();
+    void ctxShare();
+    void ctxCompress();
+
+    // The node of the latest context menu; kept after the menu closes.
+    NodePtr menuNode;
 
     // --- application shell (src/app) ---
     void buildMainMenu();
