@@ -19,6 +19,10 @@ void AppController::openPath(const QByteArray& path) {
 
     const NodePtr root = Node::make(path, true);
     rootNode = root;
+    // Whatever is still queued or running for the old tree is no longer wanted.
+    treeFlag->stop();
+    treeFlag = StopFlag::make(lifeFlag);
+    listingFlags.clear();
     if (model && outline) {
         model->resetRoot();
         // Opening the root row makes the outline ask for its children: the listing.
@@ -29,7 +33,7 @@ void AppController::openPath(const QByteArray& path) {
     if (status)
         status->setText(statusLineForRoot(*root));
 
-    measureInBackground(root, [root](QPointer<AppController> self, qint64 size) {
+    measureInBackground(root, treeFlag, [root](QPointer<AppController> self, qint64 size) {
         root->size = size;
         if (self && self->rootNode == root)
             self->applyRootTotal(root);
@@ -49,7 +53,7 @@ void AppController::applyRootTotal(const NodePtr& root) {
 }
 
 void AppController::recompute(const NodePtr& node) {
-    measureInBackground(node, [node](QPointer<AppController> self, qint64 size) {
+    measureInBackground(node, treeFlag, [node](QPointer<AppController> self, qint64 size) {
         node->size = size;
         if (!self)
             return;
@@ -63,6 +67,7 @@ void AppController::recompute(const NodePtr& node) {
 
 void AppController::refreshParent(const NodePtr& node) {
     if (const NodePtr folder = node->parent.lock()) {
+        dropListingWork(*folder);
         folder->children.reset();
         if (display && (isShown(*folder) || folder == rootNode))
             display->redrawRowAndChildren(folder);

@@ -2,6 +2,7 @@
 #include "app/AppController.h"
 #include "ui/DropView.h"
 #include "ui/MainWindow.h"
+#include "ui/PlainText.h"
 #include "ui/Style.h"
 #include "ui/TintedIcon.h"
 #include "ui/TreeModel.h"
@@ -19,7 +20,7 @@
 namespace {
 
 QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color) {
-    auto* label = new QLabel(text);
+    QLabel* label = makePlainLabel(text);
     label->setFont(font);
     setTextColor(label, color);
     return label;
@@ -38,7 +39,7 @@ void AppController::buildWindow() {
     main->setCentralWidget(content);
     content->onDrop = [self = QPointer<AppController>(this)](const QByteArray& path) {
         if (self)
-            self->openPath(path);
+            self->openHandedPath(path);
     };
 
     topBar = new QWidget;

@@ -7,8 +7,6 @@
 #include "ui/Style.h"
 #include "ui/UiFont.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QFontDatabase>
 
 TreeModel::TreeModel(AppController* controller, QObject* parent)
@@ -228,7 +226,7 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
         if (role == Qt::DisplayRole)
             return node->name;
         if (role == Qt::DecorationRole)
-            return icons.icon(QFileInfo(QFile::decodeName(node->url)));
+            return icons.icon(*node);
         break;
     case SizeColumn:
         if (role == Qt::DisplayRole)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/TreeDisplay.h"
+#include "ui/RowIcons.h"
 
 #include <QAbstractItemModel>
-#include <QFileIconProvider>
 #include <QHash>
 #include <functional>
 
@@ -56,6 +56,6 @@ private:
     QHash<const Node*, NodeList> rowsOf;
     // Row of every node in the model, within its folder's rows.
     QHash<const Node*, int> rowOf;
-    QFileIconProvider icons;
+    RowIcons icons;
     bool resetting = false;
 };
