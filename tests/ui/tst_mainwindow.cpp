@@ -19,6 +19,35 @@ bool visible(QWidget* widget) {
 
 using Names = QList<QByteArray>;
 
+// Someone opening the FIFO to read it would block until a writer comes: this watcher
+// is that writer, and notes that a reader was there.
+class FifoReaderWatch {
+public:
+    explicit FifoReaderWatch(const QByteArray& fifo)
+        : watcher([this, fifo] {
+              while (!done) {
+                  const int fd = open(fifo.constData(), O_WRONLY | O_NONBLOCK);
+                  if (fd >= 0) {
+                      wasRead = true;
+                      close(fd);
+                  }
+                  QThread::msleep(20);
+              }
+          }) {}
+    ~FifoReaderWatch() { stop(); }
+    // Whether anyone opened the FIFO for reading.
+    bool stop() {
+        done = true;
+        if (watcher.joinable())
+            watcher.join();
+        return wasRead;
+    }
+
+private:
+    std::atomic<bool> done{false}, wasRead{false};
+    std::thread watcher;
+};
+
 } // namespace
 
 class TestMainWindow : public QObject {
@@ -306,19 +335,7 @@ private Q_SLOTS:
         const QByteArray marked = join(folder, name);
         makeDir(marked);
 
-        // Someone opening the FIFO to read it would block until a writer comes: this
-        // watcher is that writer, and notes that a reader was there.
-        std::atomic<bool> done{false}, wasRead{false};
-        std::thread watcher([&] {
-            while (!done) {
-                const int fd = open(fifo.constData(), O_WRONLY | O_NONBLOCK);
-                if (fd >= 0) {
-                    wasRead = true;
-                    close(fd);
-                }
-                QThread::msleep(20);
-            }
-        });
+        FifoReaderWatch watch(fifo);
         WindowFixture f;
         f.c.window->show();
         QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
@@ -331,9 +348,7 @@ private Q_SLOTS:
         reference.setText(f.c.status->text());
         QVERIFY(f.c.status->text().startsWith(QFile::decodeName(marked)));
         QCOMPARE(f.c.status->sizeHint(), reference.sizeHint());
-        done = true;
-        watcher.join();
-        QVERIFY(!wasRead);
+        QVERIFY(!watch.stop());
     }
 
     void upButton() {
