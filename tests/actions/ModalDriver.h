@@ -12,15 +12,14 @@
 #include <QTimer>
 #include <functional>
 
-// Runs step on the next modal window shown after `previous` (none by default). Deleting
-// the returned timer calls it off.
-inline QTimer* whenModal(std::function<void(QWidget*)> step, QWidget* previous = nullptr) {
+// Runs step on the next modal window shown (of the type T, when given). Deleting the
+// returned timer calls it off.
+template <typename T = QWidget> inline QTimer* whenModal(std::function<void(QWidget*)> step) {
     auto* poll = new QTimer(qApp);
     poll->setInterval(5);
-    QPointer<QWidget> before(previous);
-    QObject::connect(poll, &QTimer::timeout, poll, [poll, step, before] {
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, step] {
         QWidget* modal = QApplication::activeModalWidget();
-        if (!modal || !modal->isVisible() || modal == before)
+        if (!modal || !modal->isVisible() || !qobject_cast<T*>(modal))
             return;
         poll->stop();
         poll->deleteLater();
@@ -61,11 +60,10 @@ struct SeenAlert {
     QString title, text, informative;
 };
 
+// Waits for an alert (other modal windows may come first), notes it and closes it.
 inline void dismissAlert(SeenAlert* seen) {
-    whenModal([seen](QWidget* window) {
-        auto* box = qobject_cast<QMessageBox*>(window);
-        if (!box)
-            return (void)window->close();
+    whenModal<QMessageBox>([seen](QWidget* window) {
+        auto* box = static_cast<QMessageBox*>(window);
         *seen = {true, box->windowTitle(), box->text(), box->informativeText()};
         box->accept();
     });
