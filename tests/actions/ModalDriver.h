@@ -43,8 +43,10 @@ inline QAbstractButton* buttonTitled(QWidget* window, const QString& title) {
 inline void answerRename(const QString& shown, const QString& text,
                          std::function<void()> after = {}) {
     whenModal([shown, text, after](QWidget* dialog) {
+        // The focus is the active window's: activation may come a moment after showing.
+        const bool active = QTest::qWaitForWindowActive(dialog);
         auto* field = dialog->findChild<QLineEdit*>(QStringLiteral("renameField"));
-        if (!field || field->text() != shown || !field->hasFocus())
+        if (!active || !field || field->text() != shown || !field->hasFocus())
             return (void)dialog->close();
         field->selectAll();
         field->insert(text);
