@@ -183,9 +183,15 @@ private Q_SLOTS:
         WindowFixture f;
         openAt(f, folder);
         pick(f, "notes.txt");
-        QSemaphore hold;
-        for (int i = 0; i < f.c.sizeQueue->maxThreadCount(); ++i)
-            f.c.sizeQueue->start([&hold] { hold.acquire(); });
+        // Every worker held, so the copy cannot start before the dialog is answered.
+        QSemaphore hold, held;
+        const int workers = f.c.sizeQueue->maxThreadCount();
+        for (int i = 0; i < workers; ++i)
+            f.c.sizeQueue->start([&hold, &held] {
+                held.release();
+                hold.acquire();
+            });
+        QVERIFY(held.tryAcquire(workers, 30000));
         QString title, shownName;
         whenModal([&](QWidget* dialog) {
             title = dialog->windowTitle();
@@ -193,7 +199,7 @@ private Q_SLOTS:
                 if (label->text() == "notes.txt" && label->textFormat() == Qt::PlainText)
                     shownName = label->text();
             buttonTitled(dialog, "Cancel")->click();
-            hold.release(f.c.sizeQueue->maxThreadCount());
+            hold.release(workers);
         });
         f.c.ctxDuplicate();
         QCOMPARE(title, QString("Duplicate"));
