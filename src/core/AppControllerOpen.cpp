@@ -2,8 +2,6 @@
 #include "app/AppController.h"
 #include "core/TreeDisplay.h"
 #include "text/StatusLine.h"
-#include "ui/TreeModel.h"
-#include "ui/TreeOutlineView.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -23,13 +21,10 @@ void AppController::openPath(const QByteArray& path) {
     treeFlag->stop();
     treeFlag = StopFlag::make(lifeFlag);
     listingFlags.clear();
-    if (model && outline) {
-        model->resetRoot();
-        // Opening the root row makes the outline ask for its children: the listing.
-        outline->expand(model->index(0, 0));
-    } else {
-        ensureListed(root);
-    }
+    if (display)
+        display->showNewRoot(root);
+    // The open root row shows its children as they are listed.
+    ensureListed(root);
     if (status)
         status->setText(statusLineForRoot(*root));
 

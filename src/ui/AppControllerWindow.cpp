@@ -76,6 +76,7 @@ void AppController::buildWindow() {
     model->isExpanded = [view = outline](const QModelIndex& index) {
         return view->isExpanded(index);
     };
+    model->expand = [view = outline](const QModelIndex& index) { view->expand(index); };
     display = model;
     outline->setColumnWidths({420, 100, 230}, {200, 80, 140});
     // A folder that finished sorting while closed shows its sorted order when opened.

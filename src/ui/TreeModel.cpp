@@ -26,6 +26,12 @@ void TreeModel::resetRoot() {
     resetting = false;
 }
 
+void TreeModel::showNewRoot(const NodePtr&) {
+    resetRoot();
+    if (expand && root)
+        expand(index(0, 0));
+}
+
 Node* TreeModel::nodeOf(const QModelIndex& index) const {
     return index.isValid() ? static_cast<Node*>(index.internalPointer()) : nullptr;
 }

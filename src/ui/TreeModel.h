@@ -22,12 +22,14 @@ public:
 
     // Starts over with the controller's current root.
     void resetRoot();
+    void showNewRoot(const NodePtr& root) override;
     // The node of an index (null for the invalid index).
     NodePtr nodeAt(const QModelIndex& index) const;
     // The node's index in the given column, invalid when it has no row.
     QModelIndex indexOf(const Node& node, int column = NameColumn) const;
-    // How the model learns which rows are open; the view sets it.
+    // How the model learns which rows are open, and opens one; the view sets them.
     std::function<bool(const QModelIndex&)> isExpanded;
+    std::function<void(const QModelIndex&)> expand;
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& child) const override;

@@ -29,6 +29,7 @@ struct Listing : TreeDisplay {
         controller.rootNode = root;
         controller.ensureListed(root);
     }
+    void showNewRoot(const NodePtr&) override {}
     bool isShown(const Node& node) const override { return shown.contains(&node); }
     void redrawRow(const NodePtr& node) override { rowRedraws << node.get(); }
     void redrawRowAndChildren(const NodePtr& node) override { childRedraws << node.get(); }

@@ -17,6 +17,7 @@ namespace {
 // Records what the size tree asks of the outline.
 struct Recorder : TreeDisplay {
     QList<const Node*> childRedraws;
+    void showNewRoot(const NodePtr&) override {}
     bool isShown(const Node&) const override { return false; }
     void redrawRow(const NodePtr&) override {}
     void redrawRowAndChildren(const NodePtr& node) override { childRedraws << node.get(); }
