@@ -20,9 +20,12 @@ class QMenuBar;
 class QPushButton;
 class QRadioButton;
 class QWidget;
+class PreviewWindow;
+class PropertiesWindow;
 class TreeDisplay;
 class TreeModel;
 class TreeOutlineView;
+enum class ShareService;
 
 // The one controller: owns the tree, the background queue, the main window and its
 // views, the About and Preferences windows. Each subsystem defines its member
@@ -96,6 +99,7 @@ public:
     // The menu for the row (counted from the top of the outline), or none; remembers
     // the row's node in menuNode.
     QMenu* buildContextMenu(int row);
+    // The outline's activation (double-click, Enter): the row's item in the file manager.
     void revealDoubleClicked(const QModelIndex& index);
     void ctxReveal();
     void ctxQuickLook();
@@ -107,9 +111,14 @@ public:
     void ctxCopyPath();
     void ctxShare();
     void ctxCompress();
+    // Space on the outline: the selected row's preview opens, or the open one closes.
+    void previewKeyPressed();
 
     // The node of the latest context menu; kept after the menu closes.
     NodePtr menuNode;
+    // Sizeloom's own preview and properties windows, while open.
+    QPointer<PreviewWindow> previewWindow;
+    QList<QPointer<PropertiesWindow>> infoWindows;
 
     // --- application shell (src/app) ---
     void buildMainMenu();
@@ -136,4 +145,12 @@ private:
     // Runs computeSize on sizeQueue and hands the result back to the main thread.
     void measureInBackground(const NodePtr& node, SizeHandler apply);
     bool isShown(const Node& node) const;
+
+    void revealItem(const QByteArray& path);
+    // Through the desktop's previewer, else in our own window; toggle closes a shown one.
+    void quickLook(const NodePtr& node, bool toggle);
+    void showOwnPreview(const NodePtr& node);
+    void showOwnProperties(const NodePtr& node);
+    // The picker, anchored at the top edge of the node's row.
+    void showSharePicker(const NodePtr& node, const QList<ShareService>& services);
 };

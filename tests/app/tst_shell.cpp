@@ -108,9 +108,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("open");
         QTest::addColumn<bool>("listed");
         QTest::addColumn<QString>("line");
-        QTest::newRow("no folder")
-            << false << false
-            << "Выберите папку  ·  Двойной клик = Показать в Finder  ·  Правый клик = Меню";
+        QTest::newRow("no folder") << false << false
+                                   << "Выберите папку  ·  Двойной клик = Показать в файловом "
+                                      "менеджере  ·  Правый клик = Меню";
         QTest::newRow("listed, total still unknown")
             << true << true << "/srv/data  ·  2 объектов  ·  Всего Вычисление…";
         // The old language stays until the line is next written.

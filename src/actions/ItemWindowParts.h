@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QIcon>
+#include <QString>
+
+class QLabel;
+class QObject;
+class QWidget;
+
+// Pieces shared by the preview and properties windows.
+
+// A label that shows its text as it is: never as markup, whatever a name contains.
+QLabel* plainLabel(const QString& text, QWidget* parent);
+
+// The desktop's icon for a MIME type, or a generic file or folder icon.
+QIcon iconForMimeType(const QString& mimeType);
+
+// Prepares a new top-level window for an item: titled with the item's name, deleted
+// when closed or with owner, closed by Esc.
+void setUpItemWindow(QWidget* window, const QString& name, QObject* owner);
