@@ -27,7 +27,6 @@ QIcon iconForMimeType(const QString& mimeType) {
 }
 
 void setUpItemWindow(QWidget* window, const QString& name, QObject* owner) {
-    window->setWindowFlag(Qt::Window);
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->setWindowIcon(appIcon());
     window->setWindowTitle(name);

@@ -15,6 +15,7 @@ QLabel* plainLabel(const QString& text, QWidget* parent);
 // The desktop's icon for a MIME type, or a generic file or folder icon.
 QIcon iconForMimeType(const QString& mimeType);
 
-// Prepares a new top-level window for an item: titled with the item's name, deleted
-// when closed or with owner, closed by Esc.
+// Prepares a new window for an item (a dialog without a parent, so that a screen reader
+// announces it as a window of its own): titled with the item's name, deleted when
+// closed or with owner, closed by Esc.
 void setUpItemWindow(QWidget* window, const QString& name, QObject* owner);

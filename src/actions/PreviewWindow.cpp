@@ -39,7 +39,7 @@ QWidget* PreviewWindow::makeSummary() {
     auto* column = new QVBoxLayout(summary);
     column->setSpacing(6);
     column->addStretch(1);
-    auto* icon = new QLabel(summary);
+    QLabel* icon = plainLabel(QString(), summary);
     icon->setPixmap(iconForMimeType(content.mimeType).pixmap(QSize(128, 128)));
     icon->setAccessibleName(item->name);
     column->addWidget(icon, 0, Qt::AlignHCenter);

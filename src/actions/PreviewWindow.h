@@ -3,7 +3,7 @@
 #include "actions/PreviewContent.h"
 #include "core/Node.h"
 
-#include <QWidget>
+#include <QDialog>
 
 class QLabel;
 class QVBoxLayout;
@@ -13,7 +13,7 @@ class QVBoxLayout;
 // anything else the item's icon, name, type and size. It opens at once with the name
 // and size and fills in when the content has been read on a worker. Space or Esc
 // closes it; it is deleted when closed, or with its owner.
-class PreviewWindow : public QWidget {
+class PreviewWindow : public QDialog {
     Q_OBJECT
 public:
     PreviewWindow(const NodePtr& node, QObject* owner);

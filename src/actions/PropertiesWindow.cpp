@@ -37,7 +37,7 @@ PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(n
     column->setSpacing(14);
     auto* header = new QHBoxLayout;
     header->setSpacing(10);
-    auto* icon = new QLabel(this);
+    QLabel* icon = plainLabel(QString(), this);
     icon->setPixmap(iconForMimeType(node->isDir ? QStringLiteral("inode/directory")
                                                 : QStringLiteral("application/octet-stream"))
                         .pixmap(QSize(48, 48)));

@@ -3,8 +3,8 @@
 #include "core/Node.h"
 #include "platform/ItemFacts.h"
 
+#include <QDialog>
 #include <QHash>
-#include <QWidget>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -18,7 +18,7 @@ class QLabel;
 // points. Everything is read on workers; a folder's contents are counted in the
 // background, and the count stops when the window closes. Names and paths show as
 // plain text, exactly as the file system has them (bytes that are not UTF-8 as U+FFFD).
-class PropertiesWindow : public QWidget {
+class PropertiesWindow : public QDialog {
     Q_OBJECT
 public:
     PropertiesWindow(const NodePtr& node, QObject* owner);

@@ -29,7 +29,7 @@ enum class ShareService;
 
 // The one controller: owns the tree, the background queue, the main window and its
 // views, the About and Preferences windows. Each subsystem defines its member
-// functions in its own folder (core, ui, volumes, app).
+// functions in its own folder (core, ui, volumes, app, actions).
 class AppController : public QObject {
     Q_OBJECT
 public:
