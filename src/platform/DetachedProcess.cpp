@@ -1,5 +1,7 @@
 #include "platform/DetachedProcess.h"
 
+#include "platform/ArgumentVector.h"
+
 #include <QFile>
 #include <QStandardPaths>
 #include <cerrno>
@@ -7,7 +9,6 @@
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 extern char** environ;
 
@@ -21,12 +22,7 @@ bool startDetached(const QByteArray& program, const QList<QByteArray>& args) {
     const QByteArray executable = findProgram(program);
     if (executable.isEmpty())
         return false;
-    std::vector<QByteArray> storage{executable};
-    storage.insert(storage.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (QByteArray& arg : storage)
-        argv.push_back(arg.data());
-    argv.push_back(nullptr);
+    const ArgumentVector argv(executable, args);
 
     // The grandchild reports a failed exec through this pipe; a successful exec
     // closes it empty.
@@ -60,7 +56,7 @@ bool startDetached(const QByteArray& program, const QList<QByteArray>& args) {
                 dup2(null, STDOUT_FILENO);
                 dup2(null, STDERR_FILENO);
             }
-            execve(argv[0], argv.data(), environ);
+            execve(argv.data()[0], argv.data(), environ);
             reportFailure();
         }
         _exit(0);

@@ -17,6 +17,14 @@ inline void rightClick(AppController& c, const QPoint& viewportPoint) {
                       viewport->mapTo(c.window, viewportPoint));
 }
 
+// The window shown and open on the folder, every level listed and measured.
+inline void openAndSettle(WindowFixture& f, const QByteArray& folder) {
+    f.c.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
+    f.c.openPath(folder);
+    QVERIFY(f.settled());
+}
+
 inline QMenu* openMenu() {
     return qobject_cast<QMenu*>(QApplication::activePopupWidget());
 }

@@ -53,13 +53,6 @@ class TestClipboard : public QObject {
         action->trigger();
     }
 
-    void open(WindowFixture& f) {
-        f.c.window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-        f.c.openPath(folder);
-        QVERIFY(f.settled());
-    }
-
 private Q_SLOTS:
     void initTestCase() {
         QVERIFY(tmp.isValid());
@@ -93,7 +86,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, name);
         QFETCH(QByteArray, uri);
         WindowFixture f;
-        open(f);
+        openAndSettle(f, folder);
         QGuiApplication::clipboard()->setText("before");
         choose(f, name, Copy);
         const QByteArray fullUri = "file://" + folder + uri;
@@ -138,7 +131,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, name);
         QFETCH(QString, text);
         WindowFixture f;
-        open(f);
+        openAndSettle(f, folder);
         choose(f, name, CopyPath);
         const QString path = QString::fromUtf8(folder) + text;
         QCOMPARE(QGuiApplication::clipboard()->text(), path);
@@ -152,7 +145,7 @@ private Q_SLOTS:
     // In another language the status line speaks it; the clipboard is the same.
     void statusInTheLanguage() {
         WindowFixture f;
-        open(f);
+        openAndSettle(f, folder);
         f.c.langRadioChanged(Lang::fr);
         choose(f, "plain.txt", CopyPath);
         QCOMPARE(f.c.status->text(), QString::fromUtf8("Chemin copié : ") +

@@ -53,14 +53,6 @@ class TestContextMenu : public QObject {
         return root;
     }
 
-    // The window open on the sample tree, every level listed and measured.
-    static void open(WindowFixture& f, const QByteArray& root) {
-        f.c.window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-        f.c.openPath(root);
-        QVERIFY(f.settled());
-    }
-
     static QModelIndex rowNamed(WindowFixture& f, const QByteArray& name) {
         return name.isEmpty() ? f.rootIndex() : f.childNamed(f.rootIndex(), name);
     }
@@ -86,7 +78,7 @@ private Q_SLOTS:
     void menuForEveryKindOfRow() {
         QFETCH(QByteArray, name);
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         AppController& c = f.c;
         c.outline->setCurrentIndex(rowNamed(f, "sub"));
         const QModelIndex row = rowNamed(f, name);
@@ -154,7 +146,7 @@ private Q_SLOTS:
         QFETCH(QString, reveal);
         QFETCH(QString, share);
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         AppController& c = f.c;
         rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
         QVERIFY(openMenu());
@@ -174,7 +166,7 @@ private Q_SLOTS:
     // Below the last row: no menu, and the selection and the menu's node stay.
     void belowTheLastRow() {
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         AppController& c = f.c;
         rightClick(c, centreOfRow(c, rowNamed(f, "link")));
         QVERIFY(openMenu());
@@ -195,7 +187,7 @@ private Q_SLOTS:
     // Without onMenu a right-click still selects its row, and shows nothing.
     void withoutOnMenu() {
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         AppController& c = f.c;
         c.outline->onMenu = nullptr;
         rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
@@ -224,7 +216,7 @@ private Q_SLOTS:
     // Dismissing the menu leaves its node set.
     void dismissedMenuKeepsItsNode() {
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         AppController& c = f.c;
         rightClick(c, centreOfRow(c, rowNamed(f, "sub")));
         QVERIFY(openMenu());
@@ -244,7 +236,7 @@ private Q_SLOTS:
         QFETCH(int, key);
         QFETCH(int, modifiers);
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         AppController& c = f.c;
         c.outline->setFocus();
         c.outline->selectionModel()->clearCurrentIndex();
@@ -278,7 +270,7 @@ private Q_SLOTS:
                 writeFile(join(join(root, sub), "f" + QByteArray::number(i)), 10);
         }
         WindowFixture f(false);
-        open(f, root);
+        openAndSettle(f, root);
         AppController& c = f.c;
         for (const char* sub : {"a", "c"}) {
             c.outline->expand(f.childNamed(f.rootIndex(), sub));

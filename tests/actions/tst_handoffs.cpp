@@ -99,13 +99,6 @@ class TestHandOffs : public QObject {
         qputenv("XDG_CONFIG_DIRS", join(tmp.bytes(), "none"));
     }
 
-    static void open(WindowFixture& f, const QByteArray& root) {
-        f.c.window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-        f.c.openPath(root);
-        QVERIFY(f.settled());
-    }
-
     static QModelIndex row(WindowFixture& f, const QByteArray& name) {
         return f.childNamed(f.rootIndex(), name);
     }
@@ -163,7 +156,7 @@ private Q_SLOTS:
     void revealInFileManager() {
         QFETCH(QByteArray, name);
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         choose(f, name, Reveal);
         QTRY_COMPARE(desktop->fileManager.calls.size(), 1);
         const BusCall call = desktop->fileManager.calls.first();
@@ -184,7 +177,7 @@ private Q_SLOTS:
     void startupIdGoesAlong() {
         QFETCH(QByteArray, variable);
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         qputenv(variable.constData(), "token-42");
         choose(f, "plain.txt", Reveal);
         qunsetenv(variable.constData());
@@ -195,7 +188,7 @@ private Q_SLOTS:
     // Double-click and Enter reveal the row's item; a folder's row stays as it was.
     void doubleClickAndEnter() {
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         AppController& c = f.c;
         const QModelIndex sub = row(f, "sub");
         const int rows = 1 + f.model().rowCount(f.rootIndex());
@@ -224,7 +217,7 @@ private Q_SLOTS:
     void revealWithoutFileManager() {
         desktop->setPresent(false, true, true);
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         const QByteArray sub = join(folder, "sub");
         f.c.outline->expand(row(f, "sub"));
         QVERIFY(f.listed(f.model().nodeAt(row(f, "sub"))));
@@ -245,7 +238,7 @@ private Q_SLOTS:
     // The previewer shows the item; Space on the selected row asks it to toggle.
     void quickLookThroughPreviewer() {
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         choose(f, "caf\xe9", QuickLook);
         QTRY_COMPARE(desktop->previewer.calls.size(), 1);
         PreviewCall call = desktop->previewer.calls.first();
@@ -267,7 +260,7 @@ private Q_SLOTS:
     void quickLookWithoutPreviewer() {
         desktop->setPresent(true, false, true);
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         AppController& c = f.c;
         choose(f, "plain.txt", QuickLook);
         QTRY_VERIFY(c.previewWindow && c.previewWindow->isVisible());
@@ -302,7 +295,7 @@ private Q_SLOTS:
         desktop->setPresent(fileManager, true, true);
         desktop->fileManager.hasProperties = withProperties;
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         const QByteArray name = "a \"quoted\" \\ name";
         choose(f, name, GetInfo);
         if (ownWindow) {
@@ -346,7 +339,7 @@ private Q_SLOTS:
         desktop->setPresent(true, true, portal);
         qputenv("PATH", programs);
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         choose(f, name, Share);
         QMenu* picker = sharePicker();
         QVERIFY(picker);
@@ -389,7 +382,7 @@ private Q_SLOTS:
     // top-left corner.
     void sharePickerForARowThatIsGone() {
         WindowFixture f;
-        open(f, folder);
+        openAndSettle(f, folder);
         choose(f, "plain.txt", Share);
         f.c.openPath(join(folder, "sub")); // the old rows go while the portal is asked
         QMenu* picker = sharePicker();

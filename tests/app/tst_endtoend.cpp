@@ -77,8 +77,10 @@ class TestEndToEnd : public QObject {
     }
 
     // The real program open on the menu folder, its interface on the accessibility bus,
-    // and a client of that bus following the focus.
-    void startReadable(AtSpiBus& atspi, QProcess& program) {
+    // and a client of that bus following the focus; then its window and the row of
+    // notes.txt as a screen reader finds it.
+    void startReadable(AtSpiBus& atspi, QProcess& program, X11Display& x, Window& window,
+                       AtSpiObject& row) {
         // The accessibility bus keeps its socket under the runtime folder: one of this
         // test's own, so that nothing else running on the machine shares it.
         const QByteArray runtime = join(tmp.bytes(), "runtime");
@@ -98,6 +100,16 @@ class TestEndToEnd : public QObject {
         extra.insert("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
         extra.insert("XDG_RUNTIME_DIR", QFile::decodeName(runtime));
         startProgram(program, {QFile::decodeName(menuFolder())}, extra);
+        QVERIFY2(x.isOpen(), "cannot open the X display");
+        QTRY_VERIFY_WITH_TIMEOUT((window = x.findWindow("Sizeloom")) != 0, 15000);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (row = atspi.find(AtSpiBus::desktop(), "tree item", "notes.txt")).isValid(), 15000);
+    }
+
+    static void closeProgram(X11Display& x, Window window, QProcess& program) {
+        x.requestClose(window);
+        QVERIFY(program.waitForFinished(15000));
+        QCOMPARE(program.exitCode(), 0);
     }
 
 private Q_SLOTS:
@@ -146,33 +158,24 @@ private Q_SLOTS:
             QSKIP("needs a session bus; ctest runs this test under dbus-run-session");
         AtSpiBus atspi;
         QProcess program;
-        startReadable(atspi, program);
+        X11Display x;
+        Window window = 0;
+        AtSpiObject row;
+        startReadable(atspi, program, x, window, row);
         if (QTest::currentTestFailed())
             return;
-        const QByteArray folder = menuFolder();
-        X11Display x;
-        QVERIFY2(x.isOpen(), "cannot open the X display");
-        Window window = 0;
-        QTRY_VERIFY_WITH_TIMEOUT((window = x.findWindow("Sizeloom")) != 0, 15000);
-
-        AtSpiObject row;
-        QTRY_VERIFY_WITH_TIMEOUT(
-            (row = atspi.find(AtSpiBus::desktop(), "tree item", "notes.txt")).isValid(), 15000);
         QCOMPARE(chooseFromMenu(atspi, x, window, row, 7, "Copy Path"),
                  (QStringList{"popup menu: notes.txt", "Show in File Manager", "Quick Look",
                               "Get Info", "-", "Rename…", "Duplicate", "Move to Trash", "-", "Copy",
                               "Copy Path", "Share…", "-", "Compress"}));
-        const QByteArray path = join(folder, "notes.txt");
+        const QByteArray path = join(menuFolder(), "notes.txt");
         const auto pasted = [] {
             QProcess xclip;
             xclip.start("xclip", {"-o", "-selection", "clipboard", "-t", "UTF8_STRING"});
             return xclip.waitForFinished(10000) ? xclip.readAllStandardOutput() : QByteArray();
         };
         QTRY_COMPARE_WITH_TIMEOUT(pasted(), path, 10000);
-
-        x.requestClose(window);
-        QVERIFY(program.waitForFinished(15000));
-        QCOMPARE(program.exitCode(), 0);
+        closeProgram(x, window, program);
     }
 
     // Without a previewer or file manager on the session bus, Quick Look and Get Info
@@ -182,16 +185,12 @@ private Q_SLOTS:
             QSKIP("needs a session bus; ctest runs this test under dbus-run-session");
         AtSpiBus atspi;
         QProcess program;
-        startReadable(atspi, program);
+        X11Display x;
+        Window window = 0;
+        AtSpiObject row;
+        startReadable(atspi, program, x, window, row);
         if (QTest::currentTestFailed())
             return;
-        X11Display x;
-        QVERIFY2(x.isOpen(), "cannot open the X display");
-        Window window = 0;
-        QTRY_VERIFY_WITH_TIMEOUT((window = x.findWindow("Sizeloom")) != 0, 15000);
-        AtSpiObject row;
-        QTRY_VERIFY_WITH_TIMEOUT(
-            (row = atspi.find(AtSpiBus::desktop(), "tree item", "notes.txt")).isValid(), 15000);
         QVERIFY(!chooseFromMenu(atspi, x, window, row, 1, "Quick Look").isEmpty());
         AtSpiObject preview;
         QTRY_VERIFY_WITH_TIMEOUT(
@@ -214,10 +213,7 @@ private Q_SLOTS:
         AtSpiObject type;
         QTRY_VERIFY((type = atspi.find(info, "label", "Plain text document")).isValid());
         QCOMPARE(atspi.description(type), QString("Type"));
-
-        x.requestClose(window);
-        QVERIFY(program.waitForFinished(15000));
-        QCOMPARE(program.exitCode(), 0);
+        closeProgram(x, window, program);
     }
 
     // "Open With" from a file manager starts a second copy with the folder; it hands the
