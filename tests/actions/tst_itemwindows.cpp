@@ -182,14 +182,14 @@ private Q_SLOTS:
             QCOMPARE(textReader->text(QAccessible::Name), displayPath(name));
             QCOMPARE(textReader->textInterface()->text(0, 5), text->toPlainText().left(5));
         } else if (shows == "image") {
-            QTRY_VERIFY(std::any_of(window->findChildren<QLabel*>().cbegin(),
-                                    window->findChildren<QLabel*>().cend(), [](QLabel* label) {
-                                        return !label->pixmap().isNull() &&
-                                               label->pixmap().size() == QSize(720, 540);
-                                    }));
-            const QList<QLabel*> labels = window->findChildren<QLabel*>();
-            QLabel* image = *std::find_if(labels.cbegin(), labels.cend(),
-                                          [](QLabel* label) { return !label->pixmap().isNull(); });
+            const auto shownImage = [&window]() -> QLabel* {
+                for (QLabel* label : window->findChildren<QLabel*>())
+                    if (!label->pixmap().isNull() && label->pixmap().size() == QSize(720, 540))
+                        return label;
+                return nullptr;
+            };
+            QTRY_VERIFY(shownImage());
+            QLabel* image = shownImage();
             QCOMPARE(QAccessible::queryAccessibleInterface(image)->text(QAccessible::Name),
                      displayPath(name));
             QCOMPARE(QAccessible::queryAccessibleInterface(image)->text(QAccessible::Description),
