@@ -53,8 +53,9 @@ class TestEndToEnd : public QObject {
     // the focus never got there.
     static QStringList chooseFromMenu(AtSpiBus& atspi, X11Display& x, Window window,
                                       const AtSpiObject& row, int downs, const QString& entry) {
-        // Selected first, as a user would: with no window manager to give the window
-        // back the focus after another window closed, a click has to activate it.
+        // Selected first, as a user would. These clicks are sent, not typed: once another
+        // window has closed, a sent right-click opens the menu only after a click has
+        // made the window active again.
         const AtSpiObject frame = atspi.find(AtSpiBus::desktop(), "frame", "Sizeloom", 4);
         x.click(atspi.extents(row).center(), Button1);
         if (!QTest::qWaitFor([&] { return atspi.isActive(frame); }, 10000))
