@@ -2,8 +2,11 @@
 // language, and what a right-click or the keyboard leaves selected.
 #include "MenuProbe.h"
 #include "TempTree.h"
+#include "actions/PreviewWindow.h"
+#include "actions/PropertiesWindow.h"
 
 #include <QAccessible>
+#include <QClipboard>
 #include <QPointer>
 #include <QScrollBar>
 #include <unistd.h>
@@ -211,6 +214,26 @@ private Q_SLOTS:
                           outline->viewport()->mapTo(window.get(), row));
         QVERIFY(!openMenu());
         QCOMPARE(outline->selectionModel()->selectedRows().size(), 1);
+    }
+
+    // Before any menu there is no item to act on: the actions do nothing.
+    void actionsBeforeAnyMenu() {
+        WindowFixture f;
+        openAndSettle(f, folder);
+        AppController& c = f.c;
+        QGuiApplication::clipboard()->setText("untouched");
+        const QString status = c.status->text();
+        for (void (AppController::*action)() :
+             {&AppController::ctxReveal, &AppController::ctxQuickLook, &AppController::ctxGetInfo,
+              &AppController::ctxCopyFile, &AppController::ctxCopyPath, &AppController::ctxShare})
+            (c.*action)();
+        QCoreApplication::processEvents();
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString("untouched"));
+        QCOMPARE(c.status->text(), status);
+        QVERIFY(!c.previewWindow);
+        QVERIFY(c.infoWindows.isEmpty());
+        QVERIFY(!openMenu());
+        QVERIFY(!c.menuNode);
     }
 
     // Dismissing the menu leaves its node set.
