@@ -2,6 +2,7 @@
 
 #include "app/AppIcon.h"
 #include "text/Lang.h"
+#include "ui/PlainText.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -13,10 +14,8 @@
 
 namespace {
 
-QLabel* plainLabel(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(parent);
-    label->setTextFormat(Qt::PlainText);
-    label->setText(text);
+QLabel* wrappedLabel(const QString& text, QWidget* parent) {
+    QLabel* label = makePlainLabel(text, parent);
     label->setWordWrap(true);
     return label;
 }
@@ -32,11 +31,11 @@ std::optional<QString> askNewName(QWidget* parent, const QString& currentName) {
     icon->setPixmap(appIconPixmap(48, dialog.devicePixelRatioF()));
     icon->setAlignment(Qt::AlignTop);
 
-    QLabel* message = plainLabel(t(QStringLiteral("rename_title")), &dialog);
+    QLabel* message = wrappedLabel(t(QStringLiteral("rename_title")), &dialog);
     QFont bold = message->font();
     bold.setBold(true);
     message->setFont(bold);
-    QLabel* informative = plainLabel(t(QStringLiteral("rename_msg")), &dialog);
+    QLabel* informative = wrappedLabel(t(QStringLiteral("rename_msg")), &dialog);
 
     auto* field = new QLineEdit(currentName, &dialog);
     field->setObjectName(QStringLiteral("renameField"));

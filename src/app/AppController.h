@@ -22,15 +22,18 @@ class QMenuBar;
 class QPushButton;
 class QRadioButton;
 class QWidget;
+class PreviewWindow;
+class PropertiesWindow;
 class TreeDisplay;
 class TreeModel;
 class TreeOutlineView;
 class VolumeReader;
 struct VolumeInfo;
+enum class ShareService;
 
 // The one controller: owns the tree, the background queue, the main window and its
 // views, the About and Preferences windows. Each subsystem defines its member
-// functions in its own folder (core, ui, volumes, app).
+// functions in its own folder (core, ui, volumes, app, actions).
 class AppController : public QObject {
     Q_OBJECT
 public:
@@ -105,6 +108,7 @@ public:
     // The menu for the row (counted from the top of the outline), or none; remembers
     // the row's node in menuNode.
     QMenu* buildContextMenu(int row);
+    // The outline's activation (double-click, Enter): the row's item in the file manager.
     void revealDoubleClicked(const QModelIndex& index);
     void ctxReveal();
     void ctxQuickLook();
@@ -116,9 +120,14 @@ public:
     void ctxCopyPath();
     void ctxShare();
     void ctxCompress();
+    // Space on the outline: the selected row's preview opens, or the open one closes.
+    void previewKeyPressed();
 
     // The node of the latest context menu; kept after the menu closes.
     NodePtr menuNode;
+    // Sizeloom's own preview and properties windows, while open.
+    QPointer<PreviewWindow> previewWindow;
+    QList<QPointer<PropertiesWindow>> infoWindows;
 
     // --- application shell (src/app) ---
     void buildMainMenu();
@@ -157,4 +166,11 @@ private:
     StopFlagPtr treeFlag;
     // The work of each folder's current listing and of the listings below it.
     QHash<const Node*, StopFlagPtr> listingFlags;
+    void revealItem(const QByteArray& path);
+    // Through the desktop's previewer, else in our own window; toggle closes a shown one.
+    void quickLook(const NodePtr& node, bool toggle);
+    void showOwnPreview(const NodePtr& node);
+    void showOwnProperties(const NodePtr& node);
+    // The picker, anchored at the top edge of the node's row.
+    void showSharePicker(const NodePtr& node, const QList<ShareService>& services);
 };

@@ -34,7 +34,11 @@ void AppController::showPrefs() {
             const Lang lang = langs[i];
             auto* radio = new QRadioButton(LangInfo::native(lang), prefsWindow);
             radio->setChecked(lang == Loc::current);
-            connect(radio, &QRadioButton::clicked, this, [this, lang] { langRadioChanged(lang); });
+            // Checked by a click, a key or a screen reader's toggle action alike.
+            connect(radio, &QRadioButton::toggled, this, [this, lang](bool checked) {
+                if (checked)
+                    langRadioChanged(lang);
+            });
             grid->addWidget(radio, int(i) / gridColumns, int(i) % gridColumns);
             langRadios.append(radio);
         }
@@ -53,8 +57,11 @@ void AppController::showPrefs() {
 void AppController::langRadioChanged(Lang lang) {
     const std::vector<Lang>& langs = LangInfo::allCases();
     // The buttons are one exclusive group: checking one unchecks the rest.
-    for (qsizetype i = 0; i < langRadios.size() && i < qsizetype(langs.size()); ++i)
+    // Quietly: this may run for a radio's own toggle, which must not come back here.
+    for (qsizetype i = 0; i < langRadios.size() && i < qsizetype(langs.size()); ++i) {
+        const QSignalBlocker quiet(langRadios[i]);
         langRadios[i]->setChecked(langs[size_t(i)] == lang);
+    }
     Loc::current = lang;
     userDefaults()->setValue(QStringLiteral("lang"), LangInfo::rawValue(lang));
     relocalize();

@@ -1,6 +1,7 @@
 #include "platform/ChildProcess.h"
 
 #include "core/StopFlag.h"
+#include "platform/ArgumentVector.h"
 
 #include <QHash>
 #include <QMutex>
@@ -45,12 +46,7 @@ std::optional<QByteArray> runForOutput(const QByteArray& program, const QList<QB
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
 
-    std::vector<QByteArray> storage{program};
-    storage.insert(storage.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (QByteArray& a : storage)
-        argv.push_back(a.data());
-    argv.push_back(nullptr);
+    const ArgumentVector argv(program, args);
 
     pid_t pid = 0;
     int rc = ECANCELED;

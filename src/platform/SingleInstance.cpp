@@ -2,6 +2,7 @@
 
 #include "platform/ApplicationAdaptor.h"
 #include "platform/LaunchArguments.h"
+#include "platform/SessionBus.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -17,17 +18,6 @@ namespace {
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 // A running program that does not answer within this time is taken as gone.
 constexpr int forwardTimeoutMs = 10000;
-
-// The session bus, when this session has one. Without an address Qt would try to
-// start a bus of its own; a launch then runs alone instead.
-std::optional<QDBusConnection> sessionBus() {
-    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
-        return std::nullopt;
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return std::nullopt;
-    return bus;
-}
 
 // The launch's startup-notification token, which lets the running program's window
 // take the focus on the launcher's behalf.

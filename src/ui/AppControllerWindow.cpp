@@ -79,6 +79,15 @@ void AppController::buildWindow() {
     model->expand = [view = outline](const QModelIndex& index) { view->expand(index); };
     display = model;
     outline->setColumnWidths({420, 100, 230}, {200, 80, 140});
+    outline->onMenu = [self = QPointer<AppController>(this)](int row) -> QMenu* {
+        return self ? self->buildContextMenu(row) : nullptr;
+    };
+    outline->onPreviewKey = [self = QPointer<AppController>(this)] {
+        if (self)
+            self->previewKeyPressed();
+    };
+    // Double-click or Enter on a row.
+    connect(outline, &QAbstractItemView::activated, this, &AppController::revealDoubleClicked);
     // A folder that finished sorting while closed shows its sorted order when opened.
     connect(outline, &QTreeView::expanded, model, [this](const QModelIndex& index) {
         model->redrawRowAndChildren(model->nodeAt(index));

@@ -5,7 +5,9 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPainter>
 
 TreeOutlineView::TreeOutlineView(QWidget* parent) : QTreeView(parent) {
@@ -74,19 +76,84 @@ void TreeOutlineView::drawRow(QPainter* painter, const QStyleOptionViewItem& opt
     QTreeView::drawRow(painter, plain, index);
 }
 
+int TreeOutlineView::rowAt(const QPoint& viewportPoint) const {
+    if (!indexAt(QPoint(0, viewportPoint.y())).isValid())
+        return -1;
+    return (viewportPoint.y() + verticalOffset()) / kRowHeight;
+}
+
+QModelIndex TreeOutlineView::indexAtRow(int row) const {
+    if (row < 0)
+        return {};
+    // Any column will do to find the row; x 0 is always inside one.
+    return indexAt(QPoint(0, row * kRowHeight - verticalOffset())).siblingAtColumn(0);
+}
+
+int TreeOutlineView::rowOf(const QModelIndex& index) const {
+    const QRect rect = index.isValid() ? visualRect(index.siblingAtColumn(0)) : QRect();
+    if (rect.isEmpty())
+        return -1;
+    return (rect.top() + verticalOffset()) / kRowHeight;
+}
+
+QRect TreeOutlineView::rowRect(const QModelIndex& index) const {
+    if (rowOf(index) < 0)
+        return {};
+    return {0, visualRect(index.siblingAtColumn(0)).top(), viewport()->width(), kRowHeight};
+}
+
 void TreeOutlineView::contextMenuEvent(QContextMenuEvent* event) {
-    const QModelIndex index = indexAt(event->pos());
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        showMenuForCurrentRow();
+        return;
+    }
+    // A right-click: the row under the pointer becomes the only selected row.
+    const int row = rowAt(event->pos());
+    const QModelIndex index = indexAtRow(row);
     if (index.isValid())
-        setCurrentIndex(index);
+        selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect |
+                                                     QItemSelectionModel::Rows);
     if (!onMenu)
         return;
-    int row = -1;
-    if (index.isValid()) {
-        // Rows are counted from the top of the whole outline, open folders included.
-        for (QModelIndex above = indexAbove(index); above.isValid(); above = indexAbove(above))
-            ++row;
-        ++row;
-    }
     if (QMenu* menu = onMenu(row))
         menu->popup(event->globalPos());
+}
+
+void TreeOutlineView::showMenuForCurrentRow() {
+    const QModelIndex current = currentIndex();
+    const int row = rowOf(current);
+    if (row < 0)
+        return;
+    selectionModel()->setCurrentIndex(current, QItemSelectionModel::ClearAndSelect |
+                                                   QItemSelectionModel::Rows);
+    if (!onMenu)
+        return;
+    scrollTo(current);
+    const QRect rect = visualRect(current.siblingAtColumn(0));
+    if (QMenu* menu = onMenu(row))
+        menu->popup(viewport()->mapToGlobal(QPoint(rect.left() + kRowHeight, rect.bottom())));
+}
+
+void TreeOutlineView::mousePressEvent(QMouseEvent* event) {
+    // The right button only asks for the menu; the menu request decides what is
+    // selected (the view would otherwise clear the selection below the last row).
+    if (event->button() == Qt::RightButton) {
+        event->accept();
+        return;
+    }
+    QTreeView::mousePressEvent(event);
+}
+
+void TreeOutlineView::keyPressEvent(QKeyEvent* event) {
+    const bool menuKey = event->key() == Qt::Key_Menu && event->modifiers() == Qt::NoModifier;
+    const bool shiftF10 = event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier;
+    if (menuKey || shiftF10) {
+        showMenuForCurrentRow();
+        return;
+    }
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier && onPreviewKey) {
+        onPreviewKey();
+        return;
+    }
+    QTreeView::keyPressEvent(event);
 }

@@ -3,6 +3,7 @@
 #include "text/SizeText.h"
 #include "ui/WindowFixture.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QMenuBar>
@@ -109,9 +110,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("open");
         QTest::addColumn<bool>("listed");
         QTest::addColumn<QString>("line");
-        QTest::newRow("no folder")
-            << false << false
-            << "Выберите папку  ·  Двойной клик = Показать в Finder  ·  Правый клик = Меню";
+        QTest::newRow("no folder") << false << false
+                                   << "Выберите папку  ·  Двойной клик = Показать в файловом "
+                                      "менеджере  ·  Правый клик = Меню";
         QTest::newRow("listed, total still unknown")
             << true << true << "/srv/data  ·  2 объектов  ·  Всего Вычисление…";
         // The old language stays until the line is next written.
@@ -221,6 +222,40 @@ private Q_SLOTS:
         QCOMPARE(c.mainMenu->actions().at(1)->menu()->title(), QString("編集"));
         // Stored for the next start, where defaultLang reads it (see tst_text).
         QCOMPARE(userDefaults()->value("lang").toString(), QString("ja"));
+    }
+
+    // However a radio button gets checked, the language switches and is stored.
+    void everyWayOfCheckingARadio_data() {
+        QTest::addColumn<QString>("way");
+        QTest::newRow("mouse click") << "mouse";
+        QTest::newRow("space key") << "space";
+        QTest::newRow("screen reader's toggle action") << "accessible";
+        QTest::newRow("checked by a program") << "program";
+    }
+    void everyWayOfCheckingARadio() {
+        QFETCH(QString, way);
+        AppController c;
+        c.showPrefs();
+        QVERIFY(QTest::qWaitForWindowActive(c.prefsWindow));
+        QRadioButton* deutsch = c.langRadios[6];
+        if (way == "mouse") {
+            QTest::mouseClick(deutsch, Qt::LeftButton);
+        } else if (way == "space") {
+            deutsch->setFocus();
+            QTest::keyClick(deutsch, Qt::Key_Space);
+        } else if (way == "accessible") {
+            QAccessibleInterface* radio = QAccessible::queryAccessibleInterface(deutsch);
+            QVERIFY(radio->actionInterface());
+            QVERIFY(radio->actionInterface()->actionNames().contains(
+                QAccessibleActionInterface::toggleAction()));
+            radio->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+        } else {
+            deutsch->setChecked(true);
+        }
+        QCOMPARE(Loc::current, Lang::de);
+        QCOMPARE(userDefaults()->value("lang").toString(), QString("de"));
+        QCOMPARE(c.prefsWindow->windowTitle(), QString("Einstellungen"));
+        QCOMPARE(checkedTitles(c.langRadios), QStringList{"Deutsch"});
     }
 
     void aboutMadeOnceAndKept() {

@@ -87,6 +87,26 @@ private Q_SLOTS:
             << "compress_failed" << int(Lang::zh) << "压缩失败：";
         QTest::newRow("full-width parentheses")
             << "col_pct" << int(Lang::ja) << "割合（親フォルダ比）";
+        QTest::newRow("reveal names the desktop's file manager")
+            << "ctx_reveal" << int(Lang::en) << "Show in File Manager";
+        QTest::newRow("hint with two spaces around each dot")
+            << "status_initial" << int(Lang::de)
+            << "Ordner wählen  ·  Doppelklick = Im Dateimanager zeigen  ·  Rechtsklick = Menü";
+        QTest::newRow("hint in Chinese")
+            << "status_initial" << int(Lang::zh)
+            << "选择文件夹  ·  双击 = 在文件管理器中显示  ·  右键 = 菜单";
+        QTest::newRow("no services")
+            << "share_none" << int(Lang::ru) << "Нет доступных служб для отправки";
+        QTest::newRow("properties title")
+            << "info_size_on_disk" << int(Lang::fr) << "Taille sur le disque";
+    }
+
+    // The hint and the menu speak of the desktop's file manager, in every language.
+    void noTextNamesAnotherSystemsFileManager() {
+        for (auto entry = STRINGS().cbegin(); entry != STRINGS().cend(); ++entry)
+            for (const QString& text : *entry)
+                QVERIFY2(!text.contains("Finder") && !text.contains("访达"),
+                         qPrintable(entry.key() + ": " + text));
     }
     void textShapes() {
         QFETCH(QString, key);

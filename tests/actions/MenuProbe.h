@@ -1,0 +1,49 @@
+#pragma once
+
+// Drives the outline's right-click and keyboard menu the way the window system does,
+// and describes what comes up.
+#include "ui/WindowFixture.h"
+
+#include <QApplication>
+#include <QMenu>
+
+namespace menuprobe {
+
+// A right-click at a point of the outline's viewport, through the window (so the
+// platform's own right-click handling makes the context-menu request).
+inline void rightClick(AppController& c, const QPoint& viewportPoint) {
+    QWidget* viewport = c.outline->viewport();
+    QTest::mouseClick(c.window->windowHandle(), Qt::RightButton, {},
+                      viewport->mapTo(c.window, viewportPoint));
+}
+
+// The window shown and open on the folder, every level listed and measured.
+inline void openAndSettle(WindowFixture& f, const QByteArray& folder) {
+    f.c.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
+    f.c.openPath(folder);
+    QVERIFY(f.settled());
+}
+
+inline QMenu* openMenu() {
+    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+}
+
+inline void closeMenus() {
+    while (QWidget* popup = QApplication::activePopupWidget())
+        popup->close();
+}
+
+// Each entry's title, or "-" for a separator.
+inline QStringList describe(const QMenu* menu) {
+    QStringList out;
+    for (const QAction* action : menu->actions())
+        out << (action->isSeparator() ? QStringLiteral("-") : action->text());
+    return out;
+}
+
+inline QPoint centreOfRow(AppController& c, const QModelIndex& index) {
+    return c.outline->visualRect(index).center();
+}
+
+} // namespace menuprobe

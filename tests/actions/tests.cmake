@@ -1,0 +1,8 @@
+# The hand-offs talk to stand-ins for the desktop's services on a private session bus.
+sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/tst_handoffs.cpp dbus-run-session --)
+# The clipboard test runs once offscreen (from its file's name) and once more on a real
+# X server, where xclip reads what another program would paste.
+add_test(NAME tst_clipboard_x11
+         COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" env QT_QPA_PLATFORM=xcb
+                 $<TARGET_FILE:tst_clipboard>)
+set_tests_properties(tst_clipboard_x11 PROPERTIES ENVIRONMENT "LC_ALL=C.UTF-8" TIMEOUT 300)

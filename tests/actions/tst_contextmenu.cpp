@@ -1,0 +1,331 @@
+// The outline's right-click menu: which row it is for, what it holds, in which
+// language, and what a right-click or the keyboard leaves selected.
+#include "MenuProbe.h"
+#include "TempTree.h"
+#include "actions/PreviewWindow.h"
+#include "actions/PropertiesWindow.h"
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QPointer>
+#include <QScrollBar>
+#include <unistd.h>
+
+using namespace temptree;
+using namespace menuprobe;
+
+namespace {
+
+const QStringList kEnglishMenu{"Show in File Manager",
+                               "Quick Look",
+                               "Get Info",
+                               "-",
+                               "Rename…",
+                               "Duplicate",
+                               "Move to Trash",
+                               "-",
+                               "Copy",
+                               "Copy Path",
+                               "Share…",
+                               "-",
+                               "Compress"};
+
+QModelIndexList selectedRows(AppController& c) {
+    return c.outline->selectionModel()->selectedRows();
+}
+
+} // namespace
+
+class TestContextMenu : public QObject {
+    Q_OBJECT
+    Dir tmp;
+    QByteArray folder;
+
+    // file.txt, sub/ (with two files), link -> file.txt, a name that is not UTF-8, and
+    // a name with an ampersand.
+    QByteArray sampleTree() {
+        const QByteArray root = tmp.freshFolder();
+        writeFile(join(root, "file.txt"), 3000);
+        makeDir(join(root, "sub"));
+        writeFile(join(root, "sub/one"), 100);
+        writeFile(join(root, "sub/two"), 200);
+        if (symlink("file.txt", join(root, "link").constData()) != 0)
+            qFatal("cannot make a link");
+        writeFile(join(root, "caf\xe9"), 10);
+        writeFile(join(root, "salt & pepper"), 10);
+        return root;
+    }
+
+    static QModelIndex rowNamed(WindowFixture& f, const QByteArray& name) {
+        return name.isEmpty() ? f.rootIndex() : f.childNamed(f.rootIndex(), name);
+    }
+
+private Q_SLOTS:
+    void initTestCase() {
+        QVERIFY(tmp.isValid());
+        folder = sampleTree();
+    }
+    void cleanup() { closeMenus(); }
+
+    // The same ten entries and three separators for every kind of row; the row becomes
+    // the only selected one and the menu's node.
+    void menuForEveryKindOfRow_data() {
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("the folder itself") << QByteArray();
+        QTest::newRow("file") << QByteArray("file.txt");
+        QTest::newRow("folder") << QByteArray("sub");
+        QTest::newRow("symbolic link") << QByteArray("link");
+        QTest::newRow("name not UTF-8") << QByteArray("caf\xe9");
+        QTest::newRow("ampersand in the name") << QByteArray("salt & pepper");
+    }
+    void menuForEveryKindOfRow() {
+        QFETCH(QByteArray, name);
+        WindowFixture f;
+        openAndSettle(f, folder);
+        AppController& c = f.c;
+        c.outline->setCurrentIndex(rowNamed(f, "sub"));
+        const QModelIndex row = rowNamed(f, name);
+        const NodePtr node = f.model().nodeAt(row);
+        QVERIFY(node);
+
+        rightClick(c, centreOfRow(c, row));
+        QPointer<QMenu> menu = openMenu();
+        QVERIFY(menu);
+        QCOMPARE(describe(menu), kEnglishMenu);
+        for (const QAction* action : menu->actions()) {
+            QVERIFY(action->shortcut().isEmpty());
+            QVERIFY(action->isEnabled());
+        }
+        QCOMPARE(c.menuNode, node);
+        QCOMPARE(selectedRows(c), QModelIndexList{row});
+
+        // What a screen reader is told: a popup menu named after the item, its entries
+        // by their titles.
+        QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(menu.data());
+        QVERIFY(reader);
+        QCOMPARE(reader->role(), QAccessible::PopupMenu);
+        QCOMPARE(reader->text(QAccessible::Name), node->name);
+        QCOMPARE(reader->childCount(), kEnglishMenu.size());
+        for (int i = 0; i < reader->childCount(); ++i) {
+            const bool separator = kEnglishMenu[i] == QLatin1String("-");
+            QCOMPARE(reader->child(i)->role(),
+                     separator ? QAccessible::Separator : QAccessible::MenuItem);
+            if (!separator)
+                QCOMPARE(reader->child(i)->text(QAccessible::Name), kEnglishMenu[i]);
+        }
+
+        // Nothing of it is kept: the closed menu goes away.
+        menu->close();
+        QTRY_VERIFY(menu.isNull());
+        QCOMPARE(c.menuNode, node);
+    }
+
+    // The next menu after a language switch speaks the new language.
+    void titlesFollowTheLanguage_data() {
+        QTest::addColumn<Lang>("lang");
+        QTest::addColumn<QString>("reveal");
+        QTest::addColumn<QString>("share");
+        QTest::newRow("ko") << Lang::ko << "파일 관리자에서 보기"
+                            << "공유…";
+        QTest::newRow("en") << Lang::en << "Show in File Manager"
+                            << "Share…";
+        QTest::newRow("zh") << Lang::zh << "在文件管理器中显示"
+                            << "共享…";
+        QTest::newRow("es") << Lang::es << "Mostrar en el gestor de archivos"
+                            << "Compartir…";
+        QTest::newRow("ja") << Lang::ja << "ファイルマネージャで表示"
+                            << "共有…";
+        QTest::newRow("fr") << Lang::fr << "Afficher dans le gestionnaire de fichiers"
+                            << "Partager…";
+        QTest::newRow("de") << Lang::de << "Im Dateimanager zeigen"
+                            << "Teilen…";
+        QTest::newRow("pt") << Lang::pt << "Mostrar no gerenciador de arquivos"
+                            << "Compartilhar…";
+        QTest::newRow("ru") << Lang::ru << "Показать в файловом менеджере"
+                            << "Поделиться…";
+    }
+    void titlesFollowTheLanguage() {
+        QFETCH(Lang, lang);
+        QFETCH(QString, reveal);
+        QFETCH(QString, share);
+        WindowFixture f;
+        openAndSettle(f, folder);
+        AppController& c = f.c;
+        rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
+        QVERIFY(openMenu());
+        QCOMPARE(openMenu()->actions().first()->text(), QString("Show in File Manager"));
+        closeMenus();
+
+        c.langRadioChanged(lang);
+        rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
+        QVERIFY(openMenu());
+        const QStringList titles = describe(openMenu());
+        QCOMPARE(titles.size(), kEnglishMenu.size());
+        QCOMPARE(titles.first(), reveal);
+        QCOMPARE(titles.at(10), share);
+        c.langRadioChanged(Lang::en);
+    }
+
+    // Below the last row: no menu, and the selection and the menu's node stay.
+    void belowTheLastRow() {
+        WindowFixture f;
+        openAndSettle(f, folder);
+        AppController& c = f.c;
+        rightClick(c, centreOfRow(c, rowNamed(f, "link")));
+        QVERIFY(openMenu());
+        closeMenus();
+        const NodePtr before = c.menuNode;
+        c.outline->setCurrentIndex(rowNamed(f, "sub"));
+        const int rows = 1 + f.model().rowCount(f.rootIndex());
+        const QPoint below(40, rows * TreeOutlineView::kRowHeight + 5);
+        QVERIFY(below.y() < c.outline->viewport()->height());
+        QCOMPARE(c.outline->rowAt(below), -1);
+
+        rightClick(c, below);
+        QVERIFY(!openMenu());
+        QCOMPARE(c.menuNode, before);
+        QCOMPARE(selectedRows(c), QModelIndexList{rowNamed(f, "sub")});
+    }
+
+    // Without onMenu a right-click still selects its row, and shows nothing.
+    void withoutOnMenu() {
+        WindowFixture f;
+        openAndSettle(f, folder);
+        AppController& c = f.c;
+        c.outline->onMenu = nullptr;
+        rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
+        QVERIFY(!openMenu());
+        QCOMPARE(selectedRows(c), QModelIndexList{rowNamed(f, "file.txt")});
+        QVERIFY(!c.menuNode);
+    }
+
+    // The window outliving its controller shows no menu.
+    void controllerGone() {
+        QStandardPaths::setTestModeEnabled(true);
+        auto* c = new AppController;
+        c->buildWindow();
+        const std::unique_ptr<QMainWindow> window(c->window);
+        TreeOutlineView* outline = c->outline;
+        c->openPath(folder);
+        QTRY_VERIFY(c->rootNode->children && c->rootNode->pending == 0);
+        const QPoint row = outline->visualRect(c->model->index(0, 0)).center();
+        delete c;
+        QTest::mouseClick(window->windowHandle(), Qt::RightButton, {},
+                          outline->viewport()->mapTo(window.get(), row));
+        QVERIFY(!openMenu());
+        QCOMPARE(outline->selectionModel()->selectedRows().size(), 1);
+    }
+
+    // Before any menu there is no item to act on: the actions do nothing.
+    void actionsBeforeAnyMenu() {
+        WindowFixture f;
+        openAndSettle(f, folder);
+        AppController& c = f.c;
+        QGuiApplication::clipboard()->setText("untouched");
+        const QString status = c.status->text();
+        for (void (AppController::*action)() :
+             {&AppController::ctxReveal, &AppController::ctxQuickLook, &AppController::ctxGetInfo,
+              &AppController::ctxCopyFile, &AppController::ctxCopyPath, &AppController::ctxShare})
+            (c.*action)();
+        QCoreApplication::processEvents();
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString("untouched"));
+        QCOMPARE(c.status->text(), status);
+        QVERIFY(!c.previewWindow);
+        QVERIFY(c.infoWindows.isEmpty());
+        QVERIFY(!openMenu());
+        QVERIFY(!c.menuNode);
+    }
+
+    // Dismissing the menu leaves its node set.
+    void dismissedMenuKeepsItsNode() {
+        WindowFixture f;
+        openAndSettle(f, folder);
+        AppController& c = f.c;
+        rightClick(c, centreOfRow(c, rowNamed(f, "sub")));
+        QVERIFY(openMenu());
+        QTest::keyClick(openMenu(), Qt::Key_Escape);
+        QTRY_VERIFY(!openMenu());
+        QCOMPARE(c.menuNode, f.model().nodeAt(rowNamed(f, "sub")));
+    }
+
+    // The Menu key and Shift+F10 open the same menu for the current row, at that row.
+    void keyboardMenu_data() {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("modifiers");
+        QTest::newRow("Menu key") << int(Qt::Key_Menu) << int(Qt::NoModifier);
+        QTest::newRow("Shift+F10") << int(Qt::Key_F10) << int(Qt::ShiftModifier);
+    }
+    void keyboardMenu() {
+        QFETCH(int, key);
+        QFETCH(int, modifiers);
+        WindowFixture f;
+        openAndSettle(f, folder);
+        AppController& c = f.c;
+        c.outline->setFocus();
+        c.outline->selectionModel()->clearCurrentIndex();
+        QTest::keyClick(c.outline, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+        QVERIFY2(!openMenu(), "no current row, no menu");
+
+        const QModelIndex row = rowNamed(f, "file.txt");
+        c.outline->selectionModel()->setCurrentIndex(row, QItemSelectionModel::NoUpdate);
+        QTest::keyClick(c.outline, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+        QMenu* menu = openMenu();
+        QVERIFY(menu);
+        QCOMPARE(describe(menu), kEnglishMenu);
+        QCOMPARE(c.menuNode, f.model().nodeAt(row));
+        QCOMPARE(selectedRows(c), QModelIndexList{row});
+        // Its top-left corner lies on the row's lower edge, inside the row's width.
+        const QRect onScreen(c.outline->viewport()->mapToGlobal(c.outline->rowRect(row).topLeft()),
+                             c.outline->rowRect(row).size());
+        QVERIFY2(qAbs(menu->geometry().top() - onScreen.bottom()) <= 1,
+                 qPrintable(QString::number(menu->geometry().top())));
+        QVERIFY(menu->geometry().left() > onScreen.left() &&
+                menu->geometry().left() < onScreen.right());
+    }
+
+    // Rows and indexes map onto each other directly, with folders open and the outline
+    // scrolled; a walk from the top row by row is the reference.
+    void rowsMapWithoutWalking() {
+        const QByteArray root = tmp.freshFolder();
+        for (const char* sub : {"a", "b", "c"}) {
+            makeDir(join(root, sub));
+            for (int i = 0; i < 40; ++i)
+                writeFile(join(join(root, sub), "f" + QByteArray::number(i)), 10);
+        }
+        WindowFixture f(false);
+        openAndSettle(f, root);
+        AppController& c = f.c;
+        for (const char* sub : {"a", "c"}) {
+            c.outline->expand(f.childNamed(f.rootIndex(), sub));
+            QVERIFY(f.listed(f.model().nodeAt(f.childNamed(f.rootIndex(), sub))));
+        }
+        c.outline->verticalScrollBar()->setValue(c.outline->verticalScrollBar()->maximum() / 2);
+        QVERIFY(c.outline->verticalScrollBar()->value() > 0);
+
+        int row = 0;
+        int checkedOnScreen = 0;
+        for (QModelIndex index = f.rootIndex(); index.isValid();
+             index = c.outline->indexBelow(index), ++row) {
+            QCOMPARE(c.outline->rowOf(index), row);
+            QCOMPARE(c.outline->indexAtRow(row), index);
+            const QRect rect = c.outline->visualRect(index);
+            if (rect.top() >= 0 && rect.bottom() < c.outline->viewport()->height()) {
+                QCOMPARE(c.outline->rowAt(rect.center()), row);
+                ++checkedOnScreen;
+            }
+        }
+        QCOMPARE(row, 1 + 3 + 80);
+        QVERIFY(checkedOnScreen > 10);
+        QVERIFY(!c.outline->indexAtRow(row).isValid());
+        // A row inside a closed folder has no row on screen.
+        const QModelIndex closed = f.childNamed(f.rootIndex(), "b");
+        c.outline->expand(closed);
+        QVERIFY(f.listed(f.model().nodeAt(closed)));
+        c.outline->collapse(closed);
+        QCOMPARE(c.outline->rowOf(f.model().index(0, 0, closed)), -1);
+        QVERIFY(c.outline->rowRect(f.model().index(0, 0, closed)).isEmpty());
+    }
+};
+
+QTEST_MAIN(TestContextMenu)
+#include "tst_contextmenu.moc"
