@@ -28,14 +28,15 @@ class TestEndToEnd : public QObject {
         QVERIFY(program.waitForStarted());
     }
 
-    // The folder of the menu tests: notes.txt and one more file.
+    // The folder of the menu tests: notes.txt (again, if a test has moved it) and one more file.
     QByteArray menuFolder() {
         const QByteArray folder = join(tmp.bytes(), "menu");
-        if (!QFileInfo::exists(QFile::decodeName(folder))) {
+        if (!QFileInfo::exists(QFile::decodeName(folder)))
             makeDir(folder);
+        if (!QFileInfo::exists(QFile::decodeName(join(folder, "notes.txt"))))
             writeFile(join(folder, "notes.txt"), 3000);
+        if (!QFileInfo::exists(QFile::decodeName(join(folder, "other"))))
             writeFile(join(folder, "other"), 9000);
-        }
         return folder;
     }
 
@@ -87,7 +88,7 @@ class TestEndToEnd : public QObject {
         Window window = 0;
         AtSpiObject row;
     };
-    void startReadable(Readable& readable) {
+    void startReadable(Readable& readable, const QMap<QString, QString>& moreEnvironment = {}) {
         auto& [atspi, program, x, window, row] = readable;
         // The accessibility bus keeps its socket under the runtime folder: one of this
         // test's own, so that nothing else running on the machine shares it.
@@ -107,6 +108,8 @@ class TestEndToEnd : public QObject {
         QProcessEnvironment extra;
         extra.insert("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
         extra.insert("XDG_RUNTIME_DIR", QFile::decodeName(runtime));
+        for (auto it = moreEnvironment.begin(); it != moreEnvironment.end(); ++it)
+            extra.insert(it.key(), it.value());
         startProgram(program, {QFile::decodeName(menuFolder())}, extra);
         QVERIFY2(x.isOpen(), "cannot open the X display");
         QTRY_VERIFY_WITH_TIMEOUT((window = x.findWindow("Sizeloom")) != 0, 15000);
@@ -198,6 +201,61 @@ private Q_SLOTS:
         AtSpiObject type;
         QTRY_VERIFY((type = atspi.find(info, "label", "Plain text document")).isValid());
         QCOMPARE(atspi.description(type), QString("Type"));
+
+        x.requestClose(window);
+        QVERIFY(program.waitForFinished(15000));
+        QCOMPARE(program.exitCode(), 0);
+    }
+
+    // The disk actions through the same menu: Rename… types a new name into its dialog,
+    // and Move to Trash takes the renamed row away and puts the file in the trash, where
+    // other desktops' tools find it.
+    void renameThenTrashThroughTheMenu() {
+        if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+            QSKIP("needs a session bus; ctest runs this test under dbus-run-session");
+        Readable readable;
+        // The trash of a home of the test's own, on the same disk as the folder.
+        const QString home = QFile::decodeName(tmp.bytes()) + "/home";
+        QVERIFY(QDir().mkpath(home + "/.local/share"));
+        startReadable(readable, {{"HOME", home}, {"XDG_DATA_HOME", home + "/.local/share"}});
+        if (QTest::currentTestFailed())
+            return;
+        auto& [atspi, program, x, window, row] = readable;
+        const QByteArray folder = menuFolder();
+
+        QVERIFY(!chooseFromMenu(atspi, x, window, row, 3, "Rename…").isEmpty());
+        Window dialog = 0;
+        QTRY_VERIFY_WITH_TIMEOUT((dialog = x.findWindow("Rename")) != 0, 10000);
+        AtSpiObject dialogObject;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (dialogObject = atspi.find(AtSpiBus::desktop(), "dialog", "Rename", 4)).isValid(),
+            10000);
+        QTRY_VERIFY_WITH_TIMEOUT(atspi.isActive(dialogObject), 10000);
+        x.key(dialog, XK_a, ControlMask);
+        for (const KeySym typed : {XK_k, XK_e, XK_p, XK_t, XK_period, XK_t, XK_x, XK_t})
+            x.key(dialog, typed);
+        x.key(dialog, XK_Return);
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(QFile::decodeName(join(folder, "kept.txt"))),
+                                 10000);
+        QVERIFY(!QFileInfo::exists(QFile::decodeName(join(folder, "notes.txt"))));
+        AtSpiObject renamed;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (renamed = atspi.find(AtSpiBus::desktop(), "tree item", "kept.txt")).isValid(), 10000);
+
+        QVERIFY(!chooseFromMenu(atspi, x, window, renamed, 5, "Move to Trash").isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !atspi.find(AtSpiBus::desktop(), "tree item", "kept.txt").isValid(), 10000);
+        QVERIFY(!QFileInfo::exists(QFile::decodeName(join(folder, "kept.txt"))));
+        QProcess list;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("HOME", home);
+        env.insert("XDG_DATA_HOME", home + "/.local/share");
+        list.setProcessEnvironment(env);
+        list.start("trash-list", {});
+        QVERIFY(list.waitForFinished(10000));
+        QVERIFY2(list.readAllStandardOutput().contains(join(folder, "kept.txt")),
+                 "trash-list does not show the trashed file");
+        QVERIFY(atspi.find(AtSpiBus::desktop(), "tree item", "other").isValid());
 
         x.requestClose(window);
         QVERIFY(program.waitForFinished(15000));
