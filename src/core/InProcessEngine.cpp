@@ -1,0 +1,35 @@
+#include "core/InProcessEngine.h"
+
+#include "core/WalkScheduler.h"
+
+#include <QThread>
+#include <algorithm>
+
+InProcessEngine::InProcessEngine(QThreadPool* pool, int workers)
+    : scheduler(std::make_shared<WalkScheduler>(pool, workers)) {}
+
+InProcessEngine::~InProcessEngine() {
+    scheduler->shutDown();
+}
+
+int InProcessEngine::defaultWorkers() {
+    return std::clamp(QThread::idealThreadCount(), 2, 6);
+}
+
+std::shared_ptr<WalkTicket> InProcessEngine::begin(const QByteArray& path, FolderWalk::Kind kind,
+                                                   std::shared_ptr<WalkReceiver> receiver) {
+    auto walk = std::make_shared<FolderWalk>(path, kind, std::move(receiver), scheduler);
+    scheduler->begin(walk);
+    return walk;
+}
+
+std::shared_ptr<WalkTicket> InProcessEngine::walkFolder(const QByteArray& folder,
+                                                        std::shared_ptr<WalkReceiver> receiver) {
+    return begin(folder, FolderWalk::Kind::Listing, std::move(receiver));
+}
+
+std::shared_ptr<WalkTicket> InProcessEngine::measureItem(const QByteArray& path, bool isDir,
+                                                         std::function<void(qint64)> done) {
+    return begin(path, isDir ? FolderWalk::Kind::TotalOnly : FolderWalk::Kind::SingleItem,
+                 totalOnlyReceiver(std::move(done)));
+}
