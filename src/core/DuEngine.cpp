@@ -37,6 +37,8 @@ protected:
 private:
     // The job keeps the walk alive and does nothing once the walk is cancelled.
     void post(std::function<void()> job) {
+        if (isCancelled())
+            return;
         jobs->post(
             [self = shared_from_this(), job = std::move(job)] {
                 if (!self->isCancelled())

@@ -84,10 +84,21 @@ WalkDir::WalkDir(QByteArray path) : name(std::move(path)) {}
 
 WalkDir::~WalkDir() {
     // A deep chain whose last reference goes here is let go one folder at a time, not
-    // by destructors nested as deep as the tree.
-    std::shared_ptr<WalkDir> up = std::move(parent);
-    while (up && up.use_count() == 1)
-        up = std::move(up->parent);
+    // by destructors nested as deep as the tree: a parent freed while its child is being
+    // freed only joins the list that the outermost destructor works through.
+    thread_local std::vector<std::shared_ptr<WalkDir>>* releasing = nullptr;
+    if (releasing) {
+        releasing->push_back(std::move(parent));
+        return;
+    }
+    std::vector<std::shared_ptr<WalkDir>> pending{std::move(parent)};
+    releasing = &pending;
+    while (!pending.empty()) {
+        std::shared_ptr<WalkDir> next = std::move(pending.back());
+        pending.pop_back();
+        next.reset();
+    }
+    releasing = nullptr;
 }
 
 FolderWalk::FolderWalk(QByteArray path, Kind kind, std::shared_ptr<WalkReceiver> receiver,

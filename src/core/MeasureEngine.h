@@ -21,8 +21,8 @@ struct WalkEntry {
 };
 
 // Receives one folder walk's results. Called on engine threads, never two calls at
-// once for one walk; implementations are quick (they queue results for the main
-// thread).
+// once for one walk; implementations are quick and never wait for the main thread
+// (they queue results for it): cancel() waits for a call under way.
 class WalkReceiver {
 public:
     virtual ~WalkReceiver() = default;
@@ -41,6 +41,7 @@ public:
 
 // A running walk or measurement. Once cancel() has returned, no receiver call begins
 // (cancel waits for one that is under way) and the walk's queued work is dropped.
+// Letting go of the ticket does not stop the walk.
 class WalkTicket {
 public:
     explicit WalkTicket(std::shared_ptr<WalkReceiver> receiver);
