@@ -77,10 +77,17 @@ public:
         uint64_t sum = 0;
         for (uint64_t& weight : weights)
             sum += weight = 1 + (next() % 100) * (next() % 100);
+        // What rounding leaves over goes to the first subfolder, so the count comes out.
+        const int rest = budget - subfolders;
+        std::vector<int> shares;
+        int given = 0;
+        for (uint64_t weight : weights)
+            given += shares.emplace_back(int(uint64_t(rest) * weight / sum));
+        shares[0] += rest - given;
         for (int i = 0; i < subfolders; ++i) {
             const QByteArray sub = makeFolder(folder + "/d" + QByteArray::number(i));
             ++made;
-            fill(sub, int(uint64_t(budget - subfolders) * weights[size_t(i)] / sum), depth + 1);
+            fill(sub, shares[size_t(i)], depth + 1);
         }
     }
 

@@ -6,6 +6,7 @@
 #include "platform/PseudoFileSystem.h"
 
 #include <climits>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -19,15 +20,15 @@ bool isCompanionFile(const char* name) {
     return name[0] == '.' && name[1] == '_';
 }
 
-// The folder below the walked one, its last component not followed. A path longer
-// than the kernel takes in one call is opened a stretch at a time.
-int openBelow(const WalkDir& dir) {
+constexpr int belowFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+// For a path longer than the kernel takes in one call: opened a stretch at a time.
+int openInStretches(const WalkDir& dir) {
     std::vector<const QByteArray*> parts;
     for (const WalkDir* d = &dir; d; d = d->parent.get())
         parts.push_back(&d->name);
     int base = AT_FDCWD;
     QByteArray stretch;
-    stretch.reserve(PATH_MAX);
     for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
         if (!stretch.isEmpty() && stretch.size() + (*part)->size() + 2 >= PATH_MAX) {
             const int next = openat(base, stretch.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
@@ -38,15 +39,34 @@ int openBelow(const WalkDir& dir) {
             base = next;
             stretch.clear();
         }
-        if (!stretch.isEmpty() && !stretch.endsWith('/'))
+        if (!stretch.isEmpty())
             stretch += '/';
         stretch += **part;
     }
-    const int fd =
-        openat(base, stretch.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const int fd = openat(base, stretch.constData(), belowFlags);
     if (base != AT_FDCWD)
         close(base);
     return fd;
+}
+
+// The folder below the walked one, its last component not followed. The path is put
+// together from the chain of names, last name first, without allocating.
+int openBelow(const WalkDir& dir) {
+    size_t length = 0; // every name with its slash, the last with the terminating zero
+    for (const WalkDir* d = &dir; d; d = d->parent.get())
+        length += size_t(d->name.size()) + 1;
+    if (length > PATH_MAX)
+        return openInStretches(dir);
+    char path[PATH_MAX];
+    size_t end = length - 1;
+    path[end] = 0;
+    for (const WalkDir* d = &dir; d; d = d->parent.get()) {
+        end -= size_t(d->name.size());
+        memcpy(path + end, d->name.constData(), size_t(d->name.size()));
+        if (d->parent)
+            path[--end] = '/';
+    }
+    return open(path, belowFlags);
 }
 
 enum class Loop {
@@ -172,10 +192,11 @@ void FolderWalk::readWalkedFolder(const std::shared_ptr<WalkDir>& root, char* bu
 
     DirectoryReader reader(fd, buffer, bufferSize);
     while (!isCancelled() && reader.readBatch()) {
-        while (const char* name = reader.nextName()) {
-            const bool shown = listing && !isCompanionFile(name);
+        while (const char* rawName = reader.nextName()) {
+            const QByteArray name(rawName);
+            const bool shown = listing && !isCompanionFile(rawName);
             struct stat entry {};
-            if (fstatat(fd, name, &entry, AT_SYMLINK_NOFOLLOW) != 0) {
+            if (fstatat(fd, rawName, &entry, AT_SYMLINK_NOFOLLOW) != 0) {
                 // Neither du nor anyone can count it; the listing still shows it.
                 if (shown)
                     entries.push_back({name, false, 0});
@@ -199,7 +220,7 @@ void FolderWalk::readWalkedFolder(const std::shared_ptr<WalkDir>& root, char* bu
                     counts.folder += entry.st_blocks;
                 if (child)
                     child->blocks += entry.st_blocks;
-                if (isEntered(fd, name, entry, root->dev))
+                if (isEntered(fd, rawName, entry, root->dev))
                     found.push_back(
                         std::make_shared<WalkDir>(root, name, entry, child, countsForFolder));
                 else if (child)
@@ -303,11 +324,7 @@ void FolderWalk::finish(const WalkDir& dir, const Counts& counts, WalkScheduler&
     scheduler.retire(*this);
 }
 
-void FolderWalk::childDone(ChildTally& child) {
-    {
-        std::lock_guard guard(linkLock);
-        child.links = {};
-    }
+void FolderWalk::childDone(const ChildTally& child) {
     if (child.index == ChildTally::unlisted)
         return;
     const qint64 bytes = duTotalBytes(child.blocks.load(std::memory_order_relaxed));

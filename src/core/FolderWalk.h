@@ -34,7 +34,7 @@ struct ChildTally {
     std::atomic<qint64> blocks{0};
     // Folders of the child's subtree queued or being read.
     std::atomic<qint64> outstanding{0};
-    // Guarded by FolderWalk's link lock.
+    // Guarded by FolderWalk's link lock while the child is being read.
     LinkedFiles links;
 };
 
@@ -98,7 +98,7 @@ private:
     void countFile(const WalkDir& dir, const struct stat& st, Counts& counts);
     void queue(std::vector<std::shared_ptr<WalkDir>>& found, WalkScheduler& scheduler);
     void finish(const WalkDir& dir, const Counts& counts, WalkScheduler& scheduler);
-    void childDone(ChildTally& child);
+    void childDone(const ChildTally& child);
 
     const QByteArray path;
     const Kind kind;

@@ -13,7 +13,12 @@ InProcessEngine::~InProcessEngine() {
 }
 
 int InProcessEngine::defaultWorkers() {
-    return std::clamp(QThread::idealThreadCount(), 2, 6);
+    // Measured on two cores: with warm caches a walk is bound by the processor and two
+    // workers do as well as six; from a cold disk it waits on reads, and four workers
+    // finish a 350,000-entry tree in 0.73 of the time two take (six: 0.53). Workers
+    // hold their pool threads for the whole walk, so two of the pool's six stay free
+    // for other jobs.
+    return std::clamp(2 * QThread::idealThreadCount(), 2, 4);
 }
 
 std::shared_ptr<WalkTicket> InProcessEngine::begin(const QByteArray& path, FolderWalk::Kind kind,
