@@ -5,6 +5,7 @@
 #include "core/MeasureEngine.h"
 
 #include <QStringList>
+#include <QTest>
 #include <condition_variable>
 #include <map>
 
@@ -137,3 +138,12 @@ private:
     bool listingDone = false, ended = false, closed = false, held = false;
     bool holdFirstChild = false;
 };
+
+// Walks the folder and waits for the walk's end; null when it never comes.
+inline std::shared_ptr<WalkRecorder> walkToTheEnd(MeasureEngine& engine, const QByteArray& folder) {
+    auto recorder = std::make_shared<WalkRecorder>();
+    engine.walkFolder(folder, recorder);
+    if (!QTest::qWaitFor([&] { return recorder->isEnded(); }, 300000))
+        return nullptr;
+    return recorder;
+}

@@ -29,12 +29,22 @@ QByteArray makeTree(Dir& tmp, int children, int subfolders, int files) {
     return folder;
 }
 
-std::unique_ptr<MeasureEngine> makeEngine(const QByteArray& kind, QThreadPool* pool,
-                                          int workers = InProcessEngine::defaultWorkers()) {
-    if (kind == "du")
-        return std::make_unique<DuEngine>(pool);
-    return std::make_unique<InProcessEngine>(pool, workers);
-}
+// An engine of the kind on its own pool, six threads like the controller's.
+struct Engine {
+    explicit Engine(const QByteArray& kind, int workers = InProcessEngine::defaultWorkers(),
+                    int threads = 6) {
+        pool.setMaxThreadCount(threads);
+        if (kind == "du")
+            engine = std::make_unique<DuEngine>(&pool);
+        else
+            engine = std::make_unique<InProcessEngine>(&pool, workers);
+    }
+    MeasureEngine* operator->() const { return engine.get(); }
+    bool drains() { return pool.waitForDone(120000); }
+
+    QThreadPool pool;
+    std::unique_ptr<MeasureEngine> engine;
+};
 
 // The ticket of a walk, for a receiver that stops its own walk: the engine may call it
 // before walkFolder has even returned the ticket.
@@ -80,12 +90,9 @@ private Q_SLOTS:
     void callsComeInOrder_data() { addEngineColumn(); }
     void callsComeInOrder() {
         QFETCH(QByteArray, engine);
-        QThreadPool pool;
-        pool.setMaxThreadCount(6);
-        const auto measuring = makeEngine(engine, &pool);
-        auto walk = std::make_shared<WalkRecorder>();
-        measuring->walkFolder(wide, walk);
-        QTRY_VERIFY_WITH_TIMEOUT(walk->isEnded(), 120000);
+        Engine measuring(engine);
+        const auto walk = walkToTheEnd(*measuring.engine, wide);
+        QVERIFY(walk);
         QCOMPARE(walk->problems(), QStringList());
         QCOMPARE(walk->entries.size(), size_t(60));
         QCOMPARE(walk->childSizes.size(), size_t(30));
@@ -103,11 +110,9 @@ private Q_SLOTS:
         const QByteArray flat = tmp.freshFolder();
         for (int i = 0; i < 3000; ++i)
             writeFile(join(flat, "f" + QByteArray::number(i)), 0);
-        QThreadPool pool;
-        const auto measuring = makeEngine(engine, &pool);
-        auto walk = std::make_shared<WalkRecorder>();
-        measuring->walkFolder(flat, walk);
-        QTRY_VERIFY_WITH_TIMEOUT(walk->isEnded(), 120000);
+        Engine measuring(engine);
+        const auto walk = walkToTheEnd(*measuring.engine, flat);
+        QVERIFY(walk);
         QCOMPARE(walk->problems(), QStringList());
         QCOMPARE(walk->entries.size(), size_t(3000));
         QVERIFY(walk->calls().count("entriesListed") >= 10);
@@ -118,9 +123,7 @@ private Q_SLOTS:
     void cancelInsideACall_data() { addEngineColumn(); }
     void cancelInsideACall() {
         QFETCH(QByteArray, engine);
-        QThreadPool pool;
-        pool.setMaxThreadCount(6);
-        const auto measuring = makeEngine(engine, &pool);
+        Engine measuring(engine);
         auto walk = std::make_shared<WalkRecorder>();
         TicketSlot slot;
         std::atomic<bool> cancelled{false};
@@ -131,7 +134,7 @@ private Q_SLOTS:
         };
         slot.set(measuring->walkFolder(large, walk));
         QTRY_VERIFY_WITH_TIMEOUT(cancelled, 120000);
-        QVERIFY(pool.waitForDone(120000));
+        QVERIFY(measuring.drains());
         QCOMPARE(walk->problems(), QStringList());
         QCOMPARE(walk->childCount(), size_t(1));
         QVERIFY(!walk->isEnded());
@@ -141,16 +144,14 @@ private Q_SLOTS:
     void cancelFromTheMainThread_data() { addEngineColumn(); }
     void cancelFromTheMainThread() {
         QFETCH(QByteArray, engine);
-        QThreadPool pool;
-        pool.setMaxThreadCount(6);
-        const auto measuring = makeEngine(engine, &pool);
+        Engine measuring(engine);
         auto walk = std::make_shared<WalkRecorder>();
         const auto ticket = measuring->walkFolder(large, walk);
         QTRY_VERIFY_WITH_TIMEOUT(walk->childCount() > 0, 120000);
         ticket->cancel();
         walk->close();
         QVERIFY(ticket->isCancelled());
-        QVERIFY(pool.waitForDone(120000));
+        QVERIFY(measuring.drains());
         QCOMPARE(walk->problems(), QStringList());
     }
 
@@ -158,18 +159,16 @@ private Q_SLOTS:
     void destroyingTheEngineStopsEveryWalk_data() { addEngineColumn(); }
     void destroyingTheEngineStopsEveryWalk() {
         QFETCH(QByteArray, engine);
-        QThreadPool pool;
-        pool.setMaxThreadCount(6);
-        auto measuring = makeEngine(engine, &pool);
+        Engine measuring(engine);
         auto first = std::make_shared<WalkRecorder>();
         auto second = std::make_shared<WalkRecorder>();
         measuring->walkFolder(large, first);
         measuring->walkFolder(large, second);
         QTRY_VERIFY_WITH_TIMEOUT(second->childCount() > 0, 120000);
-        measuring.reset();
+        measuring.engine.reset();
         first->close();
         second->close();
-        QVERIFY(pool.waitForDone(120000));
+        QVERIFY(measuring.drains());
         QCOMPARE(first->problems(), QStringList());
         QCOMPARE(second->problems(), QStringList());
     }
@@ -181,9 +180,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, engine);
         const QByteArray older = makeTree(tmp, 5, 2, 2);
         const QByteArray newer = makeTree(tmp, 3, 2, 2);
-        QThreadPool pool;
-        pool.setMaxThreadCount(engine == "du" ? 1 : 6);
-        const auto measuring = makeEngine(engine, &pool, 1);
+        Engine measuring(engine, 1, engine == "du" ? 1 : 6);
         auto log = std::make_shared<SharedCallLog>();
         auto first = std::make_shared<WalkRecorder>(log, "older");
         auto second = std::make_shared<WalkRecorder>(log, "newer");

@@ -52,14 +52,6 @@ std::unique_ptr<MeasureEngine> makeEngine(const QByteArray& kind, QThreadPool* p
     return std::make_unique<InProcessEngine>(pool, InProcessEngine::defaultWorkers());
 }
 
-std::shared_ptr<WalkRecorder> walkToTheEnd(MeasureEngine& engine, const QByteArray& folder) {
-    auto recorder = std::make_shared<WalkRecorder>();
-    engine.walkFolder(folder, recorder);
-    if (!QTest::qWaitFor([&] { return recorder->isEnded(); }, 300000))
-        return nullptr;
-    return recorder;
-}
-
 qint64 measure(MeasureEngine& engine, const QByteArray& path, bool isDir) {
     struct Result {
         std::mutex lock;
