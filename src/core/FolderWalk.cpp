@@ -5,8 +5,8 @@
 #include "platform/DirectoryReader.h"
 #include "platform/PseudoFileSystem.h"
 
+#include <array>
 #include <climits>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -50,23 +50,28 @@ int openInStretches(const WalkDir& dir) {
 }
 
 // The folder below the walked one, its last component not followed. The path is put
-// together from the chain of names, last name first, without allocating.
+// together in place from the chain of names, without allocating.
 int openBelow(const WalkDir& dir) {
+    // A name takes at least two bytes with its slash: a path that fits has at most
+    // PATH_MAX / 2 of them.
+    std::array<const QByteArray*, PATH_MAX / 2> names;
+    size_t count = 0;
     size_t length = 0; // every name with its slash, the last with the terminating zero
-    for (const WalkDir* d = &dir; d; d = d->parent.get())
-        length += size_t(d->name.size()) + 1;
-    if (length > PATH_MAX)
-        return openInStretches(dir);
-    char path[PATH_MAX];
-    size_t end = length - 1;
-    path[end] = 0;
     for (const WalkDir* d = &dir; d; d = d->parent.get()) {
-        end -= size_t(d->name.size());
-        memcpy(path + end, d->name.constData(), size_t(d->name.size()));
-        if (d->parent)
-            path[--end] = '/';
+        length += size_t(d->name.size()) + 1;
+        if (length > PATH_MAX || count == names.size())
+            return openInStretches(dir);
+        names[count++] = &d->name;
     }
-    return open(path, belowFlags);
+    std::array<char, PATH_MAX> path;
+    size_t at = 0;
+    while (count > 0) {
+        const QByteArray& name = *names[--count];
+        std::copy(name.begin(), name.end(), path.begin() + at);
+        at += size_t(name.size());
+        path[at++] = count > 0 ? '/' : '\0';
+    }
+    return open(path.data(), belowFlags);
 }
 
 enum class Loop {
