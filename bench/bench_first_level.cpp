@@ -16,6 +16,7 @@ namespace {
 class SortedLevelClock : public TreeDisplay {
 public:
     explicit SortedLevelClock(const NodePtr& root) : root(root) {}
+    void showNewRoot(const NodePtr&) override {}
     bool isShown(const Node&) const override { return false; }
     void redrawRow(const NodePtr&) override {}
     void redrawRowAndChildren(const NodePtr& node) override {

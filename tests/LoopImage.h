@@ -1,7 +1,8 @@
 #pragma once
 
-// A small ext4 image, made and loop-mounted by the real tools, for tests that watch
-// volumes come and go. Only root may mount; elsewhere the test is skipped.
+// A small file-system image (ext4 unless told otherwise), made and loop-mounted by the
+// real tools, for tests that watch volumes come and go or need a second file system.
+// Only root may mount; elsewhere the test is skipped.
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
@@ -18,21 +19,27 @@ public:
 
     ~LoopImage() { unmount(); }
 
-    // Makes the image with the label and mounts it. Returns why a loop mount cannot be
-    // had here (not root, no loop devices, refused for want of permission), if so.
-    QString mount(const QString& label, bool* mounted) {
-        *mounted = false;
+    // Makes the image with the label and mounts it; type is "ext4", "vfat" or "exfat",
+    // size as truncate takes it ("8M"). Returns why a loop mount cannot be had here (not
+    // root, no loop devices, refused for want of permission, a type this kernel lacks),
+    // if so; mountPoint stays empty when the mount failed for another reason.
+    QString mount(const QString& label, const QString& type = "ext4", const QString& size = "8M") {
         if (geteuid() != 0)
             return QStringLiteral("loop-mounting an image needs root");
         if (!QFile::exists(QStringLiteral("/dev/loop-control")))
             return QStringLiteral("no loop devices here (/dev/loop-control is missing)");
         const QString image = folder.filePath(QStringLiteral("volume.img"));
         const QString target = folder.filePath(QStringLiteral("mnt"));
-        const QString mkfs = QStandardPaths::findExecutable("mkfs.ext4", {"/usr/sbin", "/sbin"});
+        const QString mkfs = QStandardPaths::findExecutable("mkfs." + type, {"/usr/sbin", "/sbin"});
+        const QStringList labelled = type == "vfat"    ? QStringList{"-n", label}
+                                     : type == "exfat" ? QStringList{"-L", label}
+                                                       : QStringList{"-q", "-L", label};
         QString complaint;
-        if (!folder.isValid() || !QDir().mkpath(target) || !run("truncate", {"-s", "8M", image}) ||
-            !run(mkfs, {"-q", "-L", label, image}) ||
-            !run("mount", {"-o", "loop", image, target}, &complaint)) {
+        if (!folder.isValid() || !QDir().mkpath(target) || !run("truncate", {"-s", size, image}) ||
+            !run(mkfs, labelled + QStringList{image}) ||
+            !run("mount", {"-t", type, "-o", "loop", image, target}, &complaint)) {
+            if (complaint.contains(QLatin1String("unknown filesystem type")))
+                return QStringLiteral("this kernel cannot mount ") + type;
             for (const char* refusal :
                  {"ermission denied", "not permitted", "failed to setup loop"})
                 if (complaint.contains(QLatin1String(refusal)))
@@ -40,7 +47,6 @@ public:
             return {};
         }
         mountPoint = QFile::encodeName(target);
-        *mounted = true;
         return {};
     }
 
@@ -49,6 +55,9 @@ public:
             mountPoint.clear();
         return mountPoint.isEmpty();
     }
+
+    // Where the image file is, so a test can fill or remount the volume.
+    QString imagePath() const { return folder.filePath(QStringLiteral("volume.img")); }
 
 private:
     QTemporaryDir folder;
@@ -64,12 +73,11 @@ private:
     }
 };
 
-// Makes and mounts the image with the label, or skips the test where loop mounts
-// cannot be had.
-#define LOOP_MOUNT_OR_SKIP(image, label)                                                           \
+// Makes and mounts the image with the label (and optionally the type and size), or
+// skips the test where loop mounts of that type cannot be had.
+#define LOOP_MOUNT_OR_SKIP(image, ...)                                                             \
     do {                                                                                           \
-        bool mounted = false;                                                                      \
-        if (const QString skip = (image).mount(label, &mounted); !skip.isEmpty())                  \
+        if (const QString skip = (image).mount(__VA_ARGS__); !skip.isEmpty())                      \
             QSKIP(qPrintable(skip));                                                               \
-        QVERIFY2(mounted, "could not make and mount the image");                                   \
+        QVERIFY2(!(image).mountPoint.isEmpty(), "could not make and mount the image");             \
     } while (false)

@@ -1,17 +1,18 @@
 #include "app/AppController.h"
 
-#include "platform/ChildProcess.h"
-
-AppController::AppController(QObject* parent) : QObject(parent), sizeQueue(new QThreadPool) {
+AppController::AppController(QObject* parent)
+    : QObject(parent), sizeQueue(new QThreadPool), lifeFlag(StopFlag::make()),
+      treeFlag(StopFlag::make(lifeFlag)) {
     sizeQueue->setMaxThreadCount(6);
 }
 
 AppController::~AppController() {
+    // Nothing queued starts now, and the du children that are running end, so the
+    // workers come back at once.
+    lifeFlag->stop();
     sizeQueue->clear();
-    terminateRunningChildren();
-    // The du processes were just told to stop; should a worker still be busy, the
-    // queue is left to finish on its own rather than hang the quit: its results find
-    // no controller and are dropped.
-    if (sizeQueue->activeThreadCount() == 0)
+    // Should a worker still be caught in the file system (a mount that does not
+    // answer), the queue is left to finish on its own rather than hang the quit.
+    if (sizeQueue->waitForDone(2000))
         delete sizeQueue;
 }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "core/Node.h"
+#include "core/StopFlag.h"
 #include "text/Lang.h"
 
+#include <QHash>
 #include <QList>
 #include <QModelIndex>
 #include <QObject>
@@ -23,6 +25,8 @@ class QWidget;
 class TreeDisplay;
 class TreeModel;
 class TreeOutlineView;
+class VolumeReader;
+struct VolumeInfo;
 
 // The one controller: owns the tree, the background queue, the main window and its
 // views, the About and Preferences windows. Each subsystem defines its member
@@ -58,6 +62,9 @@ public:
     QWidget* makeEmptyState();
     void setEmpty(bool empty);
     void colorizeTitle();
+    // A path handed in by the person or the desktop: made absolute, opened when it is a
+    // folder, else answered in the status line with the tree left as it was.
+    void openHandedPath(const QByteArray& path);
     void pathEntered();
     void browseClicked();
     void goUp();
@@ -83,6 +90,7 @@ public:
     // --- volumes panel (src/volumes) ---
     // Builds the panel's views (header, grant button, list); buildWindow places it.
     QWidget* makeVolumesPanel();
+    // Lists the volumes again; the rows follow once the volumes have answered.
     void refreshVolumes();
     void volumesChanged();
     void openFullDiskAccess();
@@ -91,6 +99,7 @@ public:
     QWidget* volumesList = nullptr;
     QLabel* volHeaderLabel = nullptr;
     QPushButton* grantButton = nullptr;
+    VolumeReader* volumeReader = nullptr;
 
     // --- item actions (src/actions) ---
     // The menu for the row (counted from the top of the outline), or none; remembers
@@ -128,12 +137,24 @@ private:
     // What to do on the main thread with a measured size; the controller is null
     // when it is gone by then.
     using SizeHandler = std::function<void(QPointer<AppController>, qint64)>;
-    // On a worker: measures the node and hands the size to the main thread.
+    // On a worker: measures the node and hands the size to the main thread, unless the
+    // work is no longer wanted by then.
     static void measureAndHandBack(QPointer<AppController> self, const NodePtr& node,
-                                   const SizeHandler& apply);
+                                   const StopFlagPtr& wanted, const SizeHandler& apply);
     void applyChildSize(const NodePtr& child, const NodePtr& folder, qint64 size);
     void applyRootTotal(const NodePtr& root);
     // Runs computeSize on sizeQueue and hands the result back to the main thread.
-    void measureInBackground(const NodePtr& node, SizeHandler apply);
+    void measureInBackground(const NodePtr& node, const StopFlagPtr& wanted, SizeHandler apply);
+    // Stops what is still queued or running for the folder's current listing.
+    void dropListingWork(const Node& folder);
+    void showVolumeRows(const QList<VolumeInfo>& volumes);
     bool isShown(const Node& node) const;
+
+    // Stopped when the controller goes: no measurement starts after that, and the du
+    // children still running are ended.
+    const StopFlagPtr lifeFlag;
+    // The work of the tree on screen; replaced, and the old one stopped, on every open.
+    StopFlagPtr treeFlag;
+    // The work of each folder's current listing and of the listings below it.
+    QHash<const Node*, StopFlagPtr> listingFlags;
 };

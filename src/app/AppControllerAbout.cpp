@@ -3,6 +3,7 @@
 #include "app/AppIcon.h"
 #include "app/AppVersion.h"
 #include "app/AuxWindow.h"
+#include "ui/PlainText.h"
 #include "ui/Style.h"
 #include "ui/UiFont.h"
 
@@ -13,7 +14,7 @@
 namespace {
 
 QLabel* centredLabel(const QString& text, const QFont& font, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
+    QLabel* label = makePlainLabel(text, parent);
     label->setAlignment(Qt::AlignHCenter);
     label->setFont(font);
     return label;
@@ -23,7 +24,7 @@ QWidget* buildAboutWindow(QObject* owner) {
     QWidget* about = makeAuxWindow(owner);
     about->setWindowTitle(QString());
 
-    auto* icon = new QLabel(about);
+    QLabel* icon = makePlainLabel({}, about);
     icon->setFixedSize(88, 88);
     icon->setPixmap(appIconPixmap(88, about->devicePixelRatioF()));
 

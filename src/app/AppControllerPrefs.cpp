@@ -3,6 +3,7 @@
 #include "app/AppController.h"
 #include "app/AuxWindow.h"
 #include "app/UserDefaults.h"
+#include "ui/PlainText.h"
 #include "ui/UiFont.h"
 
 #include <QGridLayout>
@@ -21,7 +22,7 @@ void AppController::showPrefs() {
     if (!prefsWindow) {
         prefsWindow = makeAuxWindow(this);
 
-        prefsLangLabel = new QLabel(t(QStringLiteral("prefs_language")), prefsWindow);
+        prefsLangLabel = makePlainLabel(t(QStringLiteral("prefs_language")), prefsWindow);
         prefsLangLabel->setFont(uiFont(13, QFont::DemiBold));
 
         auto* grid = new QGridLayout;

@@ -2,8 +2,6 @@
 #include "app/AppController.h"
 #include "core/TreeDisplay.h"
 #include "text/StatusLine.h"
-#include "ui/TreeModel.h"
-#include "ui/TreeOutlineView.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -19,17 +17,18 @@ void AppController::openPath(const QByteArray& path) {
 
     const NodePtr root = Node::make(path, true);
     rootNode = root;
-    if (model && outline) {
-        model->resetRoot();
-        // Opening the root row makes the outline ask for its children: the listing.
-        outline->expand(model->index(0, 0));
-    } else {
-        ensureListed(root);
-    }
+    // Whatever is still queued or running for the old tree is no longer wanted.
+    treeFlag->stop();
+    treeFlag = StopFlag::make(lifeFlag);
+    listingFlags.clear();
+    if (display)
+        display->showNewRoot(root);
+    // The open root row shows its children as they are listed.
+    ensureListed(root);
     if (status)
         status->setText(statusLineForRoot(*root));
 
-    measureInBackground(root, [root](QPointer<AppController> self, qint64 size) {
+    measureInBackground(root, treeFlag, [root](QPointer<AppController> self, qint64 size) {
         root->size = size;
         if (self && self->rootNode == root)
             self->applyRootTotal(root);
@@ -49,7 +48,7 @@ void AppController::applyRootTotal(const NodePtr& root) {
 }
 
 void AppController::recompute(const NodePtr& node) {
-    measureInBackground(node, [node](QPointer<AppController> self, qint64 size) {
+    measureInBackground(node, treeFlag, [node](QPointer<AppController> self, qint64 size) {
         node->size = size;
         if (!self)
             return;
@@ -63,6 +62,7 @@ void AppController::recompute(const NodePtr& node) {
 
 void AppController::refreshParent(const NodePtr& node) {
     if (const NodePtr folder = node->parent.lock()) {
+        dropListingWork(*folder);
         folder->children.reset();
         if (display && (isShown(*folder) || folder == rootNode))
             display->redrawRowAndChildren(folder);

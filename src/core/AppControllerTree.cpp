@@ -8,19 +8,27 @@
 #include <algorithm>
 
 void AppController::measureAndHandBack(QPointer<AppController> self, const NodePtr& node,
-                                       const SizeHandler& apply) {
-    const qint64 size = computeSize(*node);
-    QCoreApplication* app = QCoreApplication::instance();
-    if (!app)
+                                       const StopFlagPtr& wanted, const SizeHandler& apply) {
+    if (wanted->isStopped())
         return;
+    const qint64 size = computeSize(*node, wanted.get());
+    QCoreApplication* app = QCoreApplication::instance();
+    if (!app || wanted->isStopped())
+        return;
+    // Checked again on arrival: the work may be dropped while the result is on its way.
     QMetaObject::invokeMethod(
-        app, [self, apply, size] { apply(self, size); }, Qt::QueuedConnection);
+        app,
+        [self, wanted, apply, size] {
+            if (!wanted->isStopped())
+                apply(self, size);
+        },
+        Qt::QueuedConnection);
 }
 
-void AppController::measureInBackground(const NodePtr& node, SizeHandler apply) {
-    sizeQueue->start([self = QPointer<AppController>(this), node, apply = std::move(apply)] {
-        measureAndHandBack(self, node, apply);
-    });
+void AppController::measureInBackground(const NodePtr& node, const StopFlagPtr& wanted,
+                                        SizeHandler apply) {
+    sizeQueue->start([self = QPointer<AppController>(this), node, wanted,
+                      apply = std::move(apply)] { measureAndHandBack(self, node, wanted, apply); });
 }
 
 bool AppController::isShown(const Node& node) const {
@@ -30,26 +38,42 @@ bool AppController::isShown(const Node& node) const {
 void AppController::ensureListed(const NodePtr& node) {
     if (!node || !node->isDir || node->children)
         return;
+    // A listing made before this one, and discarded, counts no more.
+    dropListingWork(*node);
     NodeList children;
     for (ListedEntry& entry : listFolder(node->url))
-        children.push_back(Node::make(std::move(entry.path), entry.isDir, node));
+        children.push_back(Node::make(std::move(entry.path), entry.isDir, node, entry.type));
     node->children = std::move(children);
     node->pending = qint64(node->children->size());
     if (node->children->empty())
         return;
+    // Its results count for this listing only: once the listing is discarded (or one
+    // above it, or the tree is replaced), what is still queued is dropped and what is
+    // on its way ignored.
+    const NodePtr folderAbove = node->parent.lock();
+    const StopFlagPtr wanted = StopFlag::make(listingFlags.value(folderAbove.get(), treeFlag));
+    listingFlags.insert(node.get(), wanted);
     // One measurement per child. A large folder has tens of thousands: they are put on
     // the queue from a worker, so the interface does not wait for the queueing itself.
     QPointer<AppController> self(this);
-    sizeQueue->start([self, pool = sizeQueue, folder = node, children = *node->children] {
-        for (const NodePtr& child : children)
-            pool->start([self, child, folder] {
-                measureAndHandBack(self, child,
+    sizeQueue->start([self, wanted, pool = sizeQueue, folder = node, children = *node->children] {
+        for (const NodePtr& child : children) {
+            if (wanted->isStopped())
+                return;
+            pool->start([self, wanted, child, folder] {
+                measureAndHandBack(self, child, wanted,
                                    [child, folder](QPointer<AppController> self, qint64 size) {
                                        if (self)
                                            self->applyChildSize(child, folder, size);
                                    });
             });
+        }
     });
+}
+
+void AppController::dropListingWork(const Node& folder) {
+    if (const StopFlagPtr wanted = listingFlags.take(&folder))
+        wanted->stop();
 }
 
 void AppController::applyChildSize(const NodePtr& child, const NodePtr& folder, qint64 size) {

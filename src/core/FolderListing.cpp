@@ -3,6 +3,31 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+namespace {
+
+ItemKind kindOfMode(mode_t mode) {
+    if (S_ISDIR(mode))
+        return ItemKind::Folder;
+    if (S_ISREG(mode))
+        return ItemKind::File;
+    return S_ISLNK(mode) ? ItemKind::Link : ItemKind::Other;
+}
+
+ItemKind kindOfEntryType(unsigned char type) {
+    switch (type) {
+    case DT_DIR:
+        return ItemKind::Folder;
+    case DT_REG:
+        return ItemKind::File;
+    case DT_LNK:
+        return ItemKind::Link;
+    default:
+        return ItemKind::Other;
+    }
+}
+
+} // namespace
+
 QByteArray childPath(const QByteArray& folder, const QByteArray& name) {
     return folder.endsWith('/') ? folder + name : folder + '/' + name;
 }
@@ -14,13 +39,16 @@ std::vector<ListedEntry> listFolder(const QByteArray& folder) {
         return entries;
     while (const dirent* entry = readdir(dir)) {
         const QByteArray name(entry->d_name);
-        if (name == "." || name == ".." || name.startsWith("._"))
+        if (name == "." || name == "..")
             continue;
-        ListedEntry listed{childPath(folder, name), entry->d_type == DT_DIR};
+        ListedEntry listed{childPath(folder, name), false, kindOfEntryType(entry->d_type)};
         if (entry->d_type == DT_UNKNOWN) {
+            // A file system that does not say; an entry whose kind cannot be read is a file.
             struct stat st {};
-            listed.isDir = lstat(listed.path.constData(), &st) == 0 && S_ISDIR(st.st_mode);
+            listed.type =
+                lstat(listed.path.constData(), &st) == 0 ? kindOfMode(st.st_mode) : ItemKind::File;
         }
+        listed.isDir = listed.type == ItemKind::Folder;
         entries.push_back(std::move(listed));
     }
     closedir(dir);

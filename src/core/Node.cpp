@@ -32,6 +32,6 @@ QString displayPath(const QByteArray& path) {
     return QString::fromUtf8(path);
 }
 
-Node::Node(QByteArray url_, bool isDir_, const NodePtr& parent_)
+Node::Node(QByteArray url_, bool isDir_, const NodePtr& parent_, std::optional<ItemKind> kind_)
     : url(std::move(url_)), name(displayPath(lastPathComponent(url))), isDir(isDir_),
-      parent(parent_) {}
+      kind(kind_.value_or(isDir_ ? ItemKind::Folder : ItemKind::File)), parent(parent_) {}

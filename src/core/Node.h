@@ -10,16 +10,22 @@ class Node;
 using NodePtr = std::shared_ptr<Node>;
 using NodeList = std::vector<NodePtr>;
 
+// What an item is, as its folder's listing saw it (a link is never a folder); the row's
+// icon comes from it without asking the file system again.
+enum class ItemKind : quint8 { Folder, File, Link, Other };
+
 // One file-system item of the size tree. The tree is owned from the top:
 // a folder holds its children strongly and each child points back weakly,
 // so queued work can keep a node alive after its tree has been dropped.
 // Only the main thread writes the mutable fields.
 class Node {
 public:
-    Node(QByteArray url, bool isDir, const NodePtr& parent = {});
+    Node(QByteArray url, bool isDir, const NodePtr& parent = {},
+         std::optional<ItemKind> kind = std::nullopt);
 
-    static NodePtr make(QByteArray url, bool isDir, const NodePtr& parent = {}) {
-        return std::make_shared<Node>(std::move(url), isDir, parent);
+    static NodePtr make(QByteArray url, bool isDir, const NodePtr& parent = {},
+                        std::optional<ItemKind> kind = std::nullopt) {
+        return std::make_shared<Node>(std::move(url), isDir, parent, kind);
     }
 
     // Absolute path in the file system's own bytes; never converted, so a name
@@ -28,6 +34,8 @@ public:
     // Display name; invalid bytes become replacement characters here only.
     const QString name;
     const bool isDir;
+    // A folder or a file unless the listing said otherwise.
+    const ItemKind kind;
 
     std::weak_ptr<Node> parent;
     qint64 size = -1;

@@ -17,13 +17,15 @@ qint64 fileAllocatedSize(const QByteArray& path) {
     return st.st_size > 0 ? qint64(st.st_size) : 0;
 }
 
-qint64 folderDiskUsage(const QByteArray& path) {
-    const auto output = runForOutput("/usr/bin/du", {"-sk", path});
+qint64 folderDiskUsage(const QByteArray& path, const StopFlag* stop) {
+    // "--": a path is never taken for an option, whatever its first character.
+    const auto output =
+        runForOutput("/usr/bin/du", {"-sk", "--dereference-args", "--", path}, stop);
     if (!output)
         return 0;
     return std::max<qint64>(0, duSizeFromOutput(*output, path));
 }
 
-qint64 computeSize(const Node& node) {
-    return node.isDir ? folderDiskUsage(node.url) : fileAllocatedSize(node.url);
+qint64 computeSize(const Node& node, const StopFlag* stop) {
+    return node.isDir ? folderDiskUsage(node.url, stop) : fileAllocatedSize(node.url);
 }

@@ -7,6 +7,8 @@
 class TreeDisplay {
 public:
     virtual ~TreeDisplay() = default;
+    // A new tree: the root is the one top row, shown open.
+    virtual void showNewRoot(const NodePtr& root) = 0;
     // The node has a row on screen: it is in the tree and every ancestor is open.
     virtual bool isShown(const Node& node) const = 0;
     // The node's cells show its current fields.

@@ -1,7 +1,9 @@
 #include "platform/ChildProcess.h"
 
+#include "core/StopFlag.h"
+
+#include <QHash>
 #include <QMutex>
-#include <QSet>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -14,18 +16,23 @@ extern char** environ;
 
 namespace {
 
+// Children being waited for, with the work each runs for. A child is started and
+// entered here under one lock, so that work stopped at any moment either finds its
+// child here or keeps it from starting.
 QMutex runningLock;
-QSet<pid_t> running;
+QHash<pid_t, const StopFlag*> running;
 
 } // namespace
 
-void terminateRunningChildren() {
+void endChildrenOfStoppedWork() {
     QMutexLocker lock(&runningLock);
-    for (pid_t pid : std::as_const(running))
-        kill(pid, SIGTERM);
+    for (auto child = running.cbegin(); child != running.cend(); ++child)
+        if (child.value() && child.value()->isStopped())
+            kill(child.key(), SIGKILL);
 }
 
-std::optional<QByteArray> runForOutput(const QByteArray& program, const QList<QByteArray>& args) {
+std::optional<QByteArray> runForOutput(const QByteArray& program, const QList<QByteArray>& args,
+                                       const StopFlag* stop) {
     int pipeFds[2];
     // Close-on-exec so that processes spawned by other workers at the same moment
     // do not inherit this pipe and keep it open past this child's exit.
@@ -46,17 +53,19 @@ std::optional<QByteArray> runForOutput(const QByteArray& program, const QList<QB
     argv.push_back(nullptr);
 
     pid_t pid = 0;
-    const int rc = posix_spawn(&pid, program.constData(), &actions, nullptr, argv.data(), environ);
+    int rc = ECANCELED;
+    {
+        QMutexLocker lock(&runningLock);
+        if (!stop || !stop->isStopped())
+            rc = posix_spawn(&pid, program.constData(), &actions, nullptr, argv.data(), environ);
+        if (rc == 0)
+            running.insert(pid, stop);
+    }
     posix_spawn_file_actions_destroy(&actions);
     close(pipeFds[1]);
     if (rc != 0) {
         close(pipeFds[0]);
         return std::nullopt;
-    }
-
-    {
-        QMutexLocker lock(&runningLock);
-        running.insert(pid);
     }
     QByteArray out;
     char buffer[4096];

@@ -61,19 +61,30 @@ QList<MountEntry> browsableLocalMounts(const MountTableFiles& files) {
     return mounts;
 }
 
+VolumeInfo unansweredVolume(const MountEntry& mount) {
+    VolumeInfo volume;
+    volume.mountPoint = mount.mountPoint;
+    volume.name = displayPath(lastPathComponent(mount.mountPoint));
+    volume.answered = false;
+    return volume;
+}
+
+VolumeInfo probeVolume(const MountEntry& mount) {
+    VolumeInfo volume = unansweredVolume(mount);
+    volume.answered = true;
+    if (const auto label = volumeLabel(mount.source))
+        volume.name = *label;
+    if (const auto capacity = volumeCapacity(mount.mountPoint)) {
+        volume.totalBytes = capacity->totalBytes;
+        volume.availableBytes = capacity->availableBytes;
+    }
+    volume.isInternal = isInternalDisk(mount.device);
+    return volume;
+}
+
 QList<VolumeInfo> mountedVolumes(const MountTableFiles& files) {
     QList<VolumeInfo> volumes;
-    for (const MountEntry& mount : browsableLocalMounts(files)) {
-        VolumeInfo volume;
-        volume.mountPoint = mount.mountPoint;
-        volume.name =
-            volumeLabel(mount.source).value_or(displayPath(lastPathComponent(mount.mountPoint)));
-        if (const auto capacity = volumeCapacity(mount.mountPoint)) {
-            volume.totalBytes = capacity->totalBytes;
-            volume.availableBytes = capacity->availableBytes;
-        }
-        volume.isInternal = isInternalDisk(mount.device);
-        volumes << volume;
-    }
+    for (const MountEntry& mount : browsableLocalMounts(files))
+        volumes << probeVolume(mount);
     return volumes;
 }

@@ -30,11 +30,21 @@ struct VolumeInfo {
     std::optional<qint64> availableBytes;
     // Absent when the backing disk cannot be told.
     std::optional<bool> isInternal;
+    // False while the volume has not answered: nothing but its place is known then.
+    bool answered = true;
 };
 
 // The browsable, local, not hidden mounts in the table's order, each device once.
 // Empty when the table cannot be read.
 QList<MountEntry> browsableLocalMounts(const MountTableFiles& files = {});
+
+// One mount's name, capacity and kind of disk, as the volume itself tells them. Blocks
+// for as long as the volume takes to answer, which may be for ever (a FUSE program
+// that hangs): never call it on the main thread.
+VolumeInfo probeVolume(const MountEntry& mount);
+
+// A volume known only by its place: it has not answered (yet).
+VolumeInfo unansweredVolume(const MountEntry& mount);
 
 // The same mounts with their names, capacities and kind of disk looked up.
 QList<VolumeInfo> mountedVolumes(const MountTableFiles& files = {});

@@ -3,7 +3,7 @@
 // and the exact punctuation are part of the text.
 #include "text/StringTable.h"
 
-const std::array<StringRow, 43> kStringRows = {{
+const std::array<StringRow, 44> kStringRows = {{
     {"drop_here",
      {"여기에 폴더를 끌어다 놓으세요", "Drop a folder here", "将文件夹拖到此处",
       "Suelta una carpeta aquí", "ここにフォルダをドラッグしてください", "Déposez un dossier ici",
@@ -63,6 +63,10 @@ const std::array<StringRow, 43> kStringRows = {{
     {"compressed",
      {"압축 완료 → ", "Compressed → ", "压缩完成 → ", "Comprimido → ", "圧縮完了 → ",
       "Compressé → ", "Komprimiert → ", "Compactado → ", "Сжато → "}},
+    {"compress_failed",
+     {"압축 실패: ", "Compressing failed: ", "压缩失败：",
+      "Error al comprimir: ", "圧縮に失敗しました: ", "Échec de la compression : ",
+      "Komprimieren fehlgeschlagen: ", "Falha ao compactar: ", "Ошибка сжатия: "}},
     {"ctx_reveal",
      {"Finder에서 열기", "Reveal in Finder", "在访达中显示", "Mostrar en Finder", "Finderで表示",
       "Afficher dans le Finder", "Im Finder zeigen", "Mostrar no Finder", "Показать в Finder"}},

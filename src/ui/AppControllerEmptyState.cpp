@@ -1,5 +1,6 @@
 // The empty face: a large drop area with an icon, a title and a Choose Folder button.
 #include "app/AppController.h"
+#include "ui/PlainText.h"
 #include "ui/Style.h"
 #include "ui/TintedIcon.h"
 #include "ui/UiFont.h"
@@ -13,13 +14,13 @@ QWidget* AppController::makeEmptyState() {
 
     auto* iconHolder = new QWidget;
     iconHolder->setFixedSize(100, 100);
-    auto* icon = new QLabel(iconHolder);
+    QLabel* icon = makePlainLabel({}, iconHolder);
     const qreal dpr = container->devicePixelRatioF();
     icon->setPixmap(tintedSvgPixmap(QStringLiteral(":/ui/icons/drop-tray.svg"), {64, 64},
                                     accentColor(), std::max<qreal>(dpr, 2.0)));
     icon->setGeometry(18, 18, 64, 64);
 
-    emptyTitle = new QLabel(t(QStringLiteral("drop_here")));
+    emptyTitle = makePlainLabel(t(QStringLiteral("drop_here")));
     emptyTitle->setFont(uiFont(17, QFont::DemiBold));
     emptyTitle->setAlignment(Qt::AlignCenter);
     setTextColor(emptyTitle, secondaryTextColor());

@@ -10,20 +10,28 @@
 #include <QLineEdit>
 #include <QMainWindow>
 
+void AppController::openHandedPath(const QByteArray& path) {
+    // A relative path would be read against whatever folder the program runs in, and
+    // one starting with "-" could pass for an option further on.
+    const QByteArray absolute = absolutePath(path);
+    if (!path.isEmpty() && isExistingDirectory(absolute)) {
+        openPath(absolute);
+        return;
+    }
+    if (status)
+        status->setText(t(QStringLiteral("not_a_folder")) + displayPath(path));
+}
+
 void AppController::pathEntered() {
     // Blanks belong to the path: a trailing blank is a different name.
-    const QByteArray path = expandTilde(QFile::encodeName(pathField->text()));
-    if (isExistingDirectory(path))
-        openPath(path);
-    else
-        status->setText(t(QStringLiteral("not_a_folder")) + displayPath(path));
+    openHandedPath(expandTilde(QFile::encodeName(pathField->text())));
 }
 
 void AppController::browseClicked() {
     const QString chosen =
         QFileDialog::getExistingDirectory(window, QString(), QString(), QFileDialog::ShowDirsOnly);
     if (!chosen.isEmpty())
-        openPath(QFile::encodeName(chosen));
+        openHandedPath(QFile::encodeName(chosen));
 }
 
 void AppController::goUp() {
@@ -38,12 +46,10 @@ void AppController::goUp() {
 void AppController::applicationDidFinishLaunching(const QList<QByteArray>& arguments) {
     if (arguments.size() < 2)
         return;
-    const QByteArray& path = arguments.at(1);
-    if (isExistingDirectory(path))
-        openPath(absolutePath(path));
+    openHandedPath(arguments.at(1));
 }
 
 void AppController::applicationOpen(const QList<QUrl>& urls) {
     if (!urls.isEmpty())
-        openPath(localPathBytes(urls.first()));
+        openHandedPath(localPathBytes(urls.first()));
 }

@@ -2,6 +2,7 @@
 #include "app/AppController.h"
 #include "ui/DropView.h"
 #include "ui/MainWindow.h"
+#include "ui/PlainText.h"
 #include "ui/Style.h"
 #include "ui/TintedIcon.h"
 #include "ui/TreeModel.h"
@@ -19,7 +20,7 @@
 namespace {
 
 QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color) {
-    auto* label = new QLabel(text);
+    QLabel* label = makePlainLabel(text);
     label->setFont(font);
     setTextColor(label, color);
     return label;
@@ -38,7 +39,7 @@ void AppController::buildWindow() {
     main->setCentralWidget(content);
     content->onDrop = [self = QPointer<AppController>(this)](const QByteArray& path) {
         if (self)
-            self->openPath(path);
+            self->openHandedPath(path);
     };
 
     topBar = new QWidget;
@@ -75,6 +76,7 @@ void AppController::buildWindow() {
     model->isExpanded = [view = outline](const QModelIndex& index) {
         return view->isExpanded(index);
     };
+    model->expand = [view = outline](const QModelIndex& index) { view->expand(index); };
     display = model;
     outline->setColumnWidths({420, 100, 230}, {200, 80, 140});
     // A folder that finished sorting while closed shows its sorted order when opened.

@@ -7,8 +7,6 @@
 #include "ui/Style.h"
 #include "ui/UiFont.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QFontDatabase>
 
 TreeModel::TreeModel(AppController* controller, QObject* parent)
@@ -26,6 +24,12 @@ void TreeModel::resetRoot() {
     resetting = true;
     endResetModel();
     resetting = false;
+}
+
+void TreeModel::showNewRoot(const NodePtr&) {
+    resetRoot();
+    if (expand && root)
+        expand(index(0, 0));
 }
 
 Node* TreeModel::nodeOf(const QModelIndex& index) const {
@@ -228,7 +232,7 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
         if (role == Qt::DisplayRole)
             return node->name;
         if (role == Qt::DecorationRole)
-            return icons.icon(QFileInfo(QFile::decodeName(node->url)));
+            return icons.icon(*node);
         break;
     case SizeColumn:
         if (role == Qt::DisplayRole)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/TreeDisplay.h"
+#include "ui/RowIcons.h"
 
 #include <QAbstractItemModel>
-#include <QFileIconProvider>
 #include <QHash>
 #include <functional>
 
@@ -22,12 +22,14 @@ public:
 
     // Starts over with the controller's current root.
     void resetRoot();
+    void showNewRoot(const NodePtr& root) override;
     // The node of an index (null for the invalid index).
     NodePtr nodeAt(const QModelIndex& index) const;
     // The node's index in the given column, invalid when it has no row.
     QModelIndex indexOf(const Node& node, int column = NameColumn) const;
-    // How the model learns which rows are open; the view sets it.
+    // How the model learns which rows are open, and opens one; the view sets them.
     std::function<bool(const QModelIndex&)> isExpanded;
+    std::function<void(const QModelIndex&)> expand;
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& child) const override;
@@ -56,6 +58,6 @@ private:
     QHash<const Node*, NodeList> rowsOf;
     // Row of every node in the model, within its folder's rows.
     QHash<const Node*, int> rowOf;
-    QFileIconProvider icons;
+    RowIcons icons;
     bool resetting = false;
 };

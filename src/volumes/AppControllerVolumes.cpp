@@ -1,10 +1,12 @@
 #include "app/AppController.h"
 #include "platform/MountMonitor.h"
 #include "platform/MountTable.h"
+#include "ui/PlainText.h"
 #include "ui/Style.h"
 #include "ui/UiFont.h"
 #include "volumes/ListedVolume.h"
 #include "volumes/PermissionSettings.h"
+#include "volumes/VolumeReader.h"
 #include "volumes/VolumeRow.h"
 
 #include <QHBoxLayout>
@@ -14,7 +16,7 @@
 #include <QVBoxLayout>
 
 QWidget* AppController::makeVolumesPanel() {
-    volHeaderLabel = new QLabel(t(QStringLiteral("vol_header")));
+    volHeaderLabel = makePlainLabel(t(QStringLiteral("vol_header")));
     volHeaderLabel->setFont(uiFont(11, QFont::DemiBold));
     setTextColor(volHeaderLabel, secondaryTextColor());
 
@@ -41,6 +43,10 @@ QWidget* AppController::makeVolumesPanel() {
     panel->addLayout(header);
     panel->addWidget(volumesList);
 
+    // Patience enough for a volume that answers at all; one that does not shows
+    // without figures rather than hold the panel back.
+    volumeReader = new VolumeReader(std::chrono::milliseconds(250), this);
+    connect(volumeReader, &VolumeReader::volumesRead, this, &AppController::showVolumeRows);
     // A child of the controller: mount events reach it for as long as it lives.
     auto* monitor = new MountMonitor(this);
     connect(monitor, &MountMonitor::changed, this, &AppController::volumesChanged);
@@ -48,17 +54,24 @@ QWidget* AppController::makeVolumesPanel() {
 }
 
 void AppController::refreshVolumes() {
-    if (!volumesList)
-        return;
+    // The rows are rebuilt when the volumes have answered (showVolumeRows).
+    if (volumesList && volumeReader)
+        volumeReader->read();
+}
+
+void AppController::showVolumeRows(const QList<VolumeInfo>& volumes) {
     QLayout* list = volumesList->layout();
     while (QLayoutItem* item = list->takeAt(0)) {
         delete item->widget();
         delete item;
     }
-    for (const VolumeInfo& volume : mountedVolumes()) {
-        if (const auto listed = listedVolume(volume))
-            list->addWidget(makeVolumeRow(listed->name, listed->freeBytes, listed->totalBytes,
-                                          listed->internal));
+    for (const VolumeInfo& volume : volumes) {
+        const auto listed = listedVolume(volume);
+        if (!listed)
+            continue;
+        list->addWidget(listed->answered ? makeVolumeRow(listed->name, listed->freeBytes,
+                                                         listed->totalBytes, listed->internal)
+                                         : makeSilentVolumeRow(listed->name, listed->internal));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "volumes/VolumeRow.h"
 
+#include "ui/PlainText.h"
 #include "ui/UiFont.h"
 #include "volumes/CapacityText.h"
 #include "volumes/DriveIcon.h"
@@ -12,7 +13,7 @@
 namespace {
 
 QLabel* iconView(bool internal) {
-    auto* icon = new QLabel;
+    QLabel* icon = makePlainLabel();
     // Drawn for the densest screen, so it is sharp wherever the window goes.
     icon->setPixmap(driveIcon(internal, qGuiApp->devicePixelRatio()));
     icon->setFixedSize(15, 15);
@@ -21,7 +22,8 @@ QLabel* iconView(bool internal) {
 
 QLabel* nameView(const QString& name) {
     constexpr int width = 130;
-    auto* label = new QLabel;
+    // A label of the file system's own: whatever bytes it holds are shown as they are.
+    QLabel* label = makePlainLabel();
     label->setFont(uiFont(11));
     label->setFixedWidth(width);
     label->setText(label->fontMetrics().elidedText(name, Qt::ElideRight, width));
@@ -36,6 +38,7 @@ VolumeBar* barView(qint64 freeBytes, qint64 totalBytes) {
 }
 
 QLabel* capacityView(qint64 freeBytes, qint64 totalBytes) {
+    // Our own runs as rich text; nothing from the disk is in them.
     auto* label = new QLabel;
     label->setFont(uiFont(11));
     label->setTextFormat(Qt::RichText);
@@ -45,16 +48,27 @@ QLabel* capacityView(qint64 freeBytes, qint64 totalBytes) {
     return label;
 }
 
-} // namespace
-
-QWidget* makeVolumeRow(const QString& name, qint64 freeBytes, qint64 totalBytes, bool internal) {
+QWidget* rowOf(QWidget* icon, QWidget* name, QWidget* bar, QWidget* capacity) {
     auto* row = new QWidget;
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(8);
-    layout->addWidget(iconView(internal), 0, Qt::AlignVCenter);
-    layout->addWidget(nameView(name), 0, Qt::AlignVCenter);
-    layout->addWidget(barView(freeBytes, totalBytes), 1, Qt::AlignVCenter);
-    layout->addWidget(capacityView(freeBytes, totalBytes), 0, Qt::AlignVCenter);
+    layout->addWidget(icon, 0, Qt::AlignVCenter);
+    layout->addWidget(name, 0, Qt::AlignVCenter);
+    layout->addWidget(bar, 1, Qt::AlignVCenter);
+    layout->addWidget(capacity, 0, Qt::AlignVCenter);
     return row;
+}
+
+} // namespace
+
+QWidget* makeVolumeRow(const QString& name, qint64 freeBytes, qint64 totalBytes, bool internal) {
+    return rowOf(iconView(internal), nameView(name), barView(freeBytes, totalBytes),
+                 capacityView(freeBytes, totalBytes));
+}
+
+QWidget* makeSilentVolumeRow(const QString& name, bool internal) {
+    QLabel* capacity = makePlainLabel();
+    capacity->setFixedWidth(200);
+    return rowOf(iconView(internal), nameView(name), barView(0, 0), capacity);
 }

@@ -18,3 +18,7 @@ add_test(NAME install_layout
          COMMAND ${CMAKE_COMMAND} -DBUILD_DIR=${CMAKE_BINARY_DIR} -DSOURCE_DIR=${CMAKE_SOURCE_DIR}
                  -DPREFIX=${CMAKE_CURRENT_BINARY_DIR}/install-layout
                  -P ${CMAKE_CURRENT_LIST_DIR}/InstallLayout.cmake)
+
+# A volume that never answers is mounted in a mount namespace of the test's own.
+sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/tst_hungmount.cpp
+                      ${CMAKE_CURRENT_LIST_DIR}/../in-own-mount-namespace.sh)

@@ -89,12 +89,13 @@ private Q_SLOTS:
         for (const auto& [text, german] : shown)
             QCOMPARE(text, german);
         QCOMPARE(headers.size(), 1);
-        const QList<QLabel*> rowLabels = c.volumesList->findChildren<QLabel*>();
+        // The rows are rebuilt once the volumes have answered.
         const auto rowSays = [&](const QString& text) {
+            const QList<QLabel*> rowLabels = c.volumesList->findChildren<QLabel*>();
             return std::any_of(rowLabels.begin(), rowLabels.end(),
                                [&](QLabel* label) { return label->text().contains(text); });
         };
-        QVERIFY(rowSays("Frei ") && !rowSays("Free "));
+        QTRY_VERIFY(rowSays("Frei ") && !rowSays("Free "));
         QCOMPARE(c.window->menuBar(), c.mainMenu);
         QTRY_VERIFY(oldMenu.isNull());
         QCOMPARE(describe(c.mainMenu),
@@ -166,6 +167,27 @@ private Q_SLOTS:
         QCOMPARE(QApplication::clipboard()->text(), QString("other"));
         QTest::keySequence(c.window, QKeySequence("Ctrl+,"));
         QTRY_VERIFY(c.prefsWindow && c.prefsWindow->isVisible());
+    }
+
+    // Names, paths and labels reach labels everywhere; none may take them for markup.
+    // Only the capacity texts are our own rich text.
+    void everyLabelIsPlainText() {
+        WindowFixture f(false);
+        AppController& c = f.c;
+        c.openPath(QFile::encodeName(tmp.path()));
+        c.showAbout();
+        c.showPrefs();
+        QVERIFY(f.settled());
+        QTRY_VERIFY(!c.volumesList->findChildren<QLabel*>().isEmpty());
+        qsizetype rich = 0;
+        for (QWidget* top : {static_cast<QWidget*>(c.window), c.aboutWindow, c.prefsWindow})
+            for (const QLabel* label : top->findChildren<QLabel*>()) {
+                if (label->textFormat() == Qt::RichText && label->text().contains(" GB"))
+                    ++rich;
+                else
+                    QCOMPARE(label->textFormat(), Qt::PlainText);
+            }
+        QCOMPARE(rich, c.volumesList->findChildren<QWidget*>(Qt::FindDirectChildrenOnly).size());
     }
 
     void prefsShownTwiceIsTheSameWindow() {

@@ -3,6 +3,8 @@
 #include "core/Node.h"
 #include "core/SizeMeasure.h"
 
+#include <QDir>
+
 using namespace temptree;
 
 class TestSizeMeasure : public QObject {
@@ -64,6 +66,21 @@ private Q_SLOTS:
         const qint64 measured = computeSize(Node(folder, true));
         QVERIFY(measured >= 370000);
         QCOMPARE(measured, duBytes(folder));
+    }
+
+    // A path that reads like an option is measured as the path: "-x" alone would make du
+    // measure the working folder instead.
+    void pathThatLooksLikeAnOption() {
+        const QByteArray cwd = join(root, "cwd");
+        makeDir(cwd);
+        makeDir(join(cwd, "-x"));
+        writeFile(join(cwd, "-x/small"), 4096);
+        writeFile(join(cwd, "large"), 400000);
+        const QString was = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(QFile::decodeName(cwd)));
+        const qint64 measured = folderDiskUsage("-x");
+        QDir::setCurrent(was);
+        QCOMPARE(measured, duBytes(join(cwd, "-x")));
     }
 
     // Unreadable parts make du complain and exit non-zero; the number still counts.

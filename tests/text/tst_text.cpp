@@ -83,6 +83,8 @@ private Q_SLOTS:
         QTest::newRow("ellipsis") << "choose_folder" << int(Lang::en) << "Choose Folder…";
         QTest::newRow("trailing blank") << "not_a_folder" << int(Lang::en) << "Not a folder: ";
         QTest::newRow("french blank before colon") << "copied" << int(Lang::fr) << "Copié : ";
+        QTest::newRow("prefix ends in a full-width colon")
+            << "compress_failed" << int(Lang::zh) << "压缩失败：";
         QTest::newRow("full-width parentheses")
             << "col_pct" << int(Lang::ja) << "割合（親フォルダ比）";
     }

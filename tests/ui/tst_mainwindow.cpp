@@ -1,10 +1,13 @@
 #include "TempTree.h"
 #include "WindowFixture.h"
 #include "app/UserDefaults.h"
+#include "platform/LaunchArguments.h"
 #include "text/SizeText.h"
 
 #include <QApplication>
 #include <QMimeData>
+#include <QThread>
+#include <thread>
 
 using namespace temptree;
 
@@ -15,6 +18,35 @@ bool visible(QWidget* widget) {
 }
 
 using Names = QList<QByteArray>;
+
+// Someone opening the FIFO to read it would block until a writer comes: this watcher
+// is that writer, and notes that a reader was there.
+class FifoReaderWatch {
+public:
+    explicit FifoReaderWatch(const QByteArray& fifo)
+        : watcher([this, fifo] {
+              while (!done) {
+                  const int fd = open(fifo.constData(), O_WRONLY | O_NONBLOCK);
+                  if (fd >= 0) {
+                      wasRead = true;
+                      close(fd);
+                  }
+                  QThread::msleep(20);
+              }
+          }) {}
+    ~FifoReaderWatch() { stop(); }
+    // Whether anyone opened the FIFO for reading.
+    bool stop() {
+        done = true;
+        if (watcher.joinable())
+            watcher.join();
+        return wasRead;
+    }
+
+private:
+    std::atomic<bool> done{false}, wasRead{false};
+    std::thread watcher;
+};
 
 } // namespace
 
@@ -171,8 +203,9 @@ private Q_SLOTS:
         const NodePtr oldRoot = c.rootNode;
         c.openPath(second);
         QVERIFY(f.settled());
-        // Let every result of the first tree arrive; none may touch the window.
-        QTRY_VERIFY_WITH_TIMEOUT(oldRoot.use_count() == 1 && oldRoot->size >= 0, 20000);
+        // The first tree's work is dropped: it lets go of the old root without a result.
+        QTRY_COMPARE_WITH_TIMEOUT(oldRoot.use_count(), 1L, 20000);
+        QCOMPARE(oldRoot->size, qint64(-1));
         QVERIFY(c.status->text().startsWith(QFile::decodeName(second)));
         QCOMPARE(f.model().nodeAt(f.rootIndex()), c.rootNode);
         QCOMPARE(f.model().rowCount(f.rootIndex()), 4);
@@ -219,7 +252,7 @@ private Q_SLOTS:
         using L = QByteArrayList;
         const QByteArray none;
         QTest::newRow("drop of two folders") << "drop" << L{"one", "two"} << QByteArray("one");
-        QTest::newRow("drop of a file") << "drop" << L{"file"} << QByteArray("file");
+        QTest::newRow("drop of a file") << "drop" << L{"file"} << none;
         QTest::newRow("drop of a link, a folder")
             << "drop" << L{"http://a.org/x", "two"} << QByteArray("two");
         QTest::newRow("drop of nothing local") << "drop" << L{"http://a.org/x"} << none;
@@ -229,6 +262,15 @@ private Q_SLOTS:
         QTest::newRow("desktop hands over nothing") << "desktop" << L{} << none;
         QTest::newRow("desktop hands over two")
             << "desktop" << L{"one", "two"} << QByteArray("one");
+        QTest::newRow("desktop hands over a file") << "desktop" << L{"file"} << none;
+        QTest::newRow("desktop hands over nothing there") << "desktop" << L{"missing"} << none;
+        // As the path of "file:-x" reads: relative, and an option to whatever takes it.
+        QTest::newRow("desktop hands over a relative path") << "desktop" << L{"file:-x"} << none;
+        // What a second launch beside this window hands over for its arguments.
+        QTest::newRow("later launch names nothing there")
+            << "forwarded" << L{"--no-such-folder"} << none;
+        QTest::newRow("later launch names a folder")
+            << "forwarded" << L{"one"} << QByteArray("one");
     }
     void folderHandedIn() {
         QFETCH(QString, way);
@@ -240,13 +282,23 @@ private Q_SLOTS:
         writeFile(join(folder, "file"), 5);
         QList<QUrl> urls;
         for (const QByteArray& item : items)
-            urls << (item.startsWith("http")
-                         ? QUrl(item)
+            urls << (item.contains(':')
+                         ? QUrl(QString::fromUtf8(item))
                          : QUrl::fromLocalFile(QFile::decodeName(join(folder, item))));
+        // What was open before stays open when the item is no folder.
+        const QByteArray before = join(folder, "two");
         WindowFixture f;
         f.c.window->show();
+        f.c.openPath(before);
         if (way == "launch") {
             f.c.applicationDidFinishLaunching({"sizeloom", join(folder, items[0])});
+        } else if (way == "forwarded") {
+            const QString was = QDir::currentPath();
+            QDir::setCurrent(QFile::decodeName(folder));
+            const QStringList uris = urisForArguments({items[0]});
+            QDir::setCurrent(was);
+            f.c.applicationOpen({QUrl(uris.first())});
+            urls = {QUrl(uris.first())};
         } else if (way == "desktop") {
             f.c.applicationOpen(urls);
         } else {
@@ -258,11 +310,45 @@ private Q_SLOTS:
             QVERIFY(enter.isAccepted());
             QDropEvent drop({100, 100}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
             QApplication::sendEvent(f.c.window->centralWidget(), &drop);
-            QCOMPARE(drop.isAccepted(), !opened.isEmpty());
+            QCOMPARE(drop.isAccepted(), urls.constLast().isLocalFile());
         }
-        QCOMPARE(f.c.rootNode ? f.c.rootNode->url : QByteArray(),
-                 opened.isEmpty() ? opened : join(folder, opened));
-        QCOMPARE(visible(f.c.emptyState), opened.isEmpty());
+        QCOMPARE(f.c.rootNode->url, opened.isEmpty() ? before : join(folder, opened));
+        const bool refused = opened.isEmpty() && !urls.isEmpty() && urls.constLast().isLocalFile();
+        QCOMPARE(f.c.status->text().startsWith(t("not_a_folder")), refused);
+    }
+
+    // A folder whose name is markup is shown as its name: the status line neither
+    // restyles it nor loads the image it names (a FIFO here, which would block for good).
+    void markupNameShownAsText_data() {
+        QTest::addColumn<QByteArray>("name");
+        // A name holds no "/", so no closing tags; rich text does without them.
+        QTest::newRow("font") << QByteArray("<font size=7 color=red>big");
+        QTest::newRow("heading") << QByteArray("<h1>Heading");
+        QTest::newRow("image of a FIFO") << QByteArray("<img src=FIFO>");
+    }
+    void markupNameShownAsText() {
+        QFETCH(QByteArray, name);
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray fifo = join(folder, "fifo");
+        QVERIFY(mkfifo(fifo.constData(), 0600) == 0);
+        name.replace("FIFO", QUrl::toPercentEncoding(QFile::decodeName(fifo)));
+        const QByteArray marked = join(folder, name);
+        makeDir(marked);
+
+        FifoReaderWatch watch(fifo);
+        WindowFixture f;
+        f.c.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
+        f.c.openPath(marked);
+        QVERIFY(f.settled());
+        f.c.window->grab();
+        QLabel reference;
+        reference.setTextFormat(Qt::PlainText);
+        reference.setFont(f.c.status->font());
+        reference.setText(f.c.status->text());
+        QVERIFY(f.c.status->text().startsWith(QFile::decodeName(marked)));
+        QCOMPARE(f.c.status->sizeHint(), reference.sizeHint());
+        QVERIFY(!watch.stop());
     }
 
     void upButton() {
@@ -278,6 +364,31 @@ private Q_SLOTS:
         const NodePtr root = c.rootNode;
         c.goUp();
         QCOMPARE(c.rootNode, root);
+    }
+
+    // The settings file is the person's to edit, or anyone's to craft: a frame that no
+    // screen can show is not taken.
+    void craftedFrameIsNotTaken_data() {
+        QTest::addColumn<QRect>("saved");
+        QTest::addColumn<bool>("taken");
+        QTest::newRow("fits") << QRect(40, 50, 700, 480) << true;
+        QTest::newRow("huge") << QRect(0, 0, 32767, 32767) << false;
+        // Its size is kept, and it is brought back where a screen shows it.
+        QTest::newRow("off every screen") << QRect(-5000, -5000, 600, 400) << true;
+    }
+    void craftedFrameIsNotTaken() {
+        QFETCH(QRect, saved);
+        QFETCH(bool, taken);
+        userDefaults()->clear();
+        {
+            QWidget crafted;
+            crafted.setGeometry(saved);
+            userDefaults()->setValue("SizeloomMain", crafted.saveGeometry());
+        }
+        WindowFixture f;
+        const QRect shown = f.c.window->geometry();
+        QCOMPARE(shown.size(), taken ? saved.size() : QSize(820, 600));
+        QVERIFY(!taken || QGuiApplication::primaryScreen()->availableGeometry().contains(shown));
     }
 
     void frameIsKeptBetweenRuns() {

@@ -5,10 +5,12 @@
 #include "platform/MountTable.h"
 #include "volumes/ListedVolume.h"
 #include "volumes/PermissionSettings.h"
+#include "volumes/VolumeReader.h"
 
 #include <QLabel>
 #include <QLayout>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <unistd.h>
 
@@ -45,8 +47,11 @@ private Q_SLOTS:
         for (const VolumeInfo& volume : mountedVolumes())
             expected += listedVolume(volume).has_value();
         QVERIFY2(expected > 0, "the root volume at least has a row");
+        QSignalSpy read(controller.volumeReader, &VolumeReader::volumesRead);
+        // Asked twice in a row: the second question takes over the first.
         controller.refreshVolumes();
         controller.refreshVolumes();
+        QTRY_VERIFY(!read.isEmpty());
         QCOMPARE(rows(controller).size(), expected);
         QCOMPARE(controller.volumesList->layout()->count(), expected);
     }
@@ -67,6 +72,26 @@ private Q_SLOTS:
 
         QVERIFY(image.unmount());
         QTRY_VERIFY_WITH_TIMEOUT(!rowNamed(controller, label), 1000);
+    }
+
+    // A label is the file system's own text: markup in it is shown, not obeyed.
+    void markupLabelShownAsText() {
+        AppController controller;
+        std::unique_ptr<QWidget> panel(controller.makeVolumesPanel());
+        panel->show();
+        const QString label = QStringLiteral("<h1>Big%1").arg(getpid() % 1000);
+        LoopImage image;
+        LOOP_MOUNT_OR_SKIP(image, label);
+        controller.refreshVolumes();
+        QTRY_VERIFY(rowNamed(controller, label));
+        const auto labels = rowNamed(controller, label)->findChildren<QLabel*>();
+        QLabel* name = *std::ranges::find(labels, label, &QLabel::text);
+        QLabel reference;
+        reference.setTextFormat(Qt::PlainText);
+        reference.setFont(name->font());
+        reference.setText(label);
+        // Laid out as the bare text is, not as a heading.
+        QCOMPARE(name->sizeHint().height(), reference.sizeHint().height());
     }
 
     // Stand-ins for the settings programs note how they were started.

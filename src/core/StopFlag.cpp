@@ -1,0 +1,8 @@
+#include "core/StopFlag.h"
+
+#include "platform/ChildProcess.h"
+
+void StopFlag::stop() {
+    stopped.store(true, std::memory_order_release);
+    endChildrenOfStoppedWork();
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QByteArray>
+
+// Moves the item at `from` to `to` in the same folder, never replacing anything at
+// `to`. A change of letter case only works on file systems that ignore case. Returns 0
+// or the errno of the failure (EEXIST when `to` is taken).
+int renameNoReplace(const QByteArray& from, const QByteArray& to);
+
+// The same without renameat2's RENAME_NOREPLACE, for file systems that refuse the flag:
+// a hard link then unlink where hard links work, else the destination reserved by
+// creating it exclusively and then replaced by the item. Used by renameNoReplace.
+int renameNoReplaceByHand(const QByteArray& from, const QByteArray& to);

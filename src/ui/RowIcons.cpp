@@ -1,0 +1,34 @@
+#include "ui/RowIcons.h"
+
+#include "core/Node.h"
+
+QIcon RowIcons::icon(const Node& node) const {
+    switch (node.kind) {
+    case ItemKind::Folder:
+        return iconOfType(types.mimeTypeForName(QStringLiteral("inode/directory")),
+                          QFileIconProvider::Folder);
+    case ItemKind::Link:
+        return iconOfType(types.mimeTypeForName(QStringLiteral("inode/symlink")),
+                          QFileIconProvider::File);
+    case ItemKind::Other:
+        return standard.icon(QFileIconProvider::File);
+    case ItemKind::File:
+        break;
+    }
+    // By the name alone: the contents are not read.
+    return iconOfType(types.mimeTypeForFile(node.name, QMimeDatabase::MatchExtension),
+                      QFileIconProvider::File);
+}
+
+QIcon RowIcons::iconOfType(const QMimeType& type, QFileIconProvider::IconType fallback) const {
+    const QString key = type.name() + u'|' + QString::number(int(fallback));
+    if (const auto cached = byType.constFind(key); cached != byType.constEnd())
+        return *cached;
+    QIcon icon = QIcon::fromTheme(type.iconName());
+    if (icon.isNull())
+        icon = QIcon::fromTheme(type.genericIconName());
+    if (icon.isNull())
+        icon = standard.icon(fallback);
+    byType.insert(key, icon);
+    return icon;
+}

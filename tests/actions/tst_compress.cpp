@@ -1,0 +1,214 @@
+// Compress: a zip archive beside the item that unzip checks, lists and extracts back
+// to the same tree; a failed one is removed and said so in the status line.
+#include "LoopImage.h"
+#include "TempTree.h"
+#include "ui/WindowFixture.h"
+
+#include <QProcess>
+#include <QRandomGenerator>
+
+using namespace temptree;
+
+namespace {
+
+// Names, types, modes, sizes and modification times, and where links point (a link's
+// own time is not something unzip restores).
+QByteArray treeFacts(const QByteArray& top) {
+    return runForOutput("/usr/bin/find", {top, "-not", "-type", "l", "-printf", "%P %M %s %T@\\n"})
+               .value_or("") +
+           runForOutput("/usr/bin/find", {top, "-type", "l", "-printf", "%P %l\\n"}).value_or("");
+}
+
+void writeBytes(const QByteArray& path, const QByteArray& bytes) {
+    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+    QVERIFY(fd >= 0);
+    QCOMPARE(write(fd, bytes.constData(), size_t(bytes.size())), ssize_t(bytes.size()));
+    close(fd);
+}
+
+void setTime(const QByteArray& path, time_t seconds) {
+    const timespec times[2] = {{seconds, 0}, {seconds, 0}};
+    QCOMPARE(utimensat(AT_FDCWD, path.constData(), times, AT_SYMLINK_NOFOLLOW), 0);
+}
+
+bool exists(const QByteArray& path) {
+    struct stat info {};
+    return lstat(path.constData(), &info) == 0;
+}
+
+struct Run {
+    int exitCode = -1;
+    QByteArray output;
+};
+Run run(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, arguments);
+    process.waitForFinished(300000);
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            process.readAllStandardOutput()};
+}
+
+} // namespace
+
+class TestCompress : public QObject {
+    Q_OBJECT
+    Dir tmp;
+
+    void openAt(WindowFixture& f, const QByteArray& folder) {
+        f.c.window->show();
+        f.c.openPath(folder);
+        QVERIFY(f.settled());
+    }
+    void pick(WindowFixture& f, const QByteArray& name) {
+        f.c.menuNode = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
+        QVERIFY(f.c.menuNode);
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(tmp.isValid()); }
+
+    void archivesAFolder() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray top = join(folder, "Photos.2024");
+        makeDir(top);
+        makeDir(join(top, "raw"));
+        makeDir(join(top, "empty"));
+        writeBytes(join(top, "raw/caf\xe9.txt"), "latin-1 name");
+        writeBytes(join(top, "caf\xc3\xa9.txt"), "UTF-8 name");
+        writeFile(join(top, "big.bin"), 3 << 20);
+        writeBytes(join(top, "run.sh"), "#!/bin/sh\n");
+        symlink("run.sh", join(top, "link").constData());
+        symlink("../../nowhere", join(top, "raw/dangling").constData());
+        chmod(join(top, "run.sh").constData(), 0751);
+        chmod(join(top, "raw").constData(), 0700);
+        for (const char* item :
+             {"raw/caf\xe9.txt", "caf\xc3\xa9.txt", "big.bin", "run.sh", "raw", "empty"})
+            setTime(join(top, item), 1500000000);
+        setTime(top, 1400000000);
+        const QByteArray before = treeFacts(top);
+
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, "Photos.2024");
+        f.c.ctxCompress();
+        QCOMPARE(f.c.status->text(), QString("Compressing… Photos.2024"));
+        QTRY_COMPARE(f.c.status->text(), QString("Compressed → Photos.zip"));
+        QTRY_VERIFY(f.listed(f.c.rootNode) && f.rowNames(f.rootIndex()).contains("Photos.zip"));
+
+        const QString archive = QFile::decodeName(join(folder, "Photos.zip"));
+        const Run test = run("unzip", {"-t", archive});
+        QCOMPARE(test.exitCode, 0);
+        QVERIFY(test.output.contains("No errors detected"));
+        const Run listing = run("zipinfo", {"-1", archive});
+        QCOMPARE(listing.exitCode, 0);
+        QVERIFY(listing.output.startsWith("Photos.2024/\n"));
+        QVERIFY(listing.output.contains("Photos.2024/raw/caf\xe9.txt\n"));
+        const QByteArray out = tmp.freshFolder();
+        QCOMPARE(run("unzip", {"-q", archive, "-d", QFile::decodeName(out)}).exitCode, 0);
+        QCOMPARE(runForOutput("/usr/bin/diff",
+                              {"-r", "--no-dereference", top, join(out, "Photos.2024")}),
+                 std::optional<QByteArray>(""));
+        QCOMPARE(treeFacts(join(out, "Photos.2024")), before);
+        QCOMPARE(treeFacts(top), before);
+    }
+
+    // Names follow the sequence; two requests in a row never share a name, also for
+    // two items of the same base name.
+    void namesNeverShared() {
+        const QByteArray folder = tmp.freshFolder();
+        writeBytes(join(folder, "report.pdf"), "pdf");
+        writeBytes(join(folder, "report.txt"), "txt");
+        writeBytes(join(folder, "report.zip"), "not ours");
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, "report.pdf");
+        f.c.ctxCompress();
+        pick(f, "report.txt");
+        f.c.ctxCompress();
+        QTRY_VERIFY(f.c.status->text().startsWith("Compressed → report "));
+        QTRY_VERIFY(
+            exists(join(folder, "report 3.zip")) &&
+            run("unzip", {"-t", QFile::decodeName(join(folder, "report 3.zip"))}).exitCode == 0);
+        QCOMPARE(runForOutput("/bin/cat", {join(folder, "report.zip")}),
+                 std::optional<QByteArray>("not ours"));
+        QCOMPARE(run("zipinfo", {"-1", QFile::decodeName(join(folder, "report 2.zip"))}).output,
+                 QByteArray("report.pdf\n"));
+        QCOMPARE(run("zipinfo", {"-1", QFile::decodeName(join(folder, "report 3.zip"))}).output,
+                 QByteArray("report.txt\n"));
+    }
+
+    // A full disk, or a folder where nothing can be created: no archive is left, the
+    // original is intact, and the status line says it failed.
+    void failureLeavesNothing_data() {
+        QTest::addColumn<bool>("readOnly");
+        QTest::newRow("disk full") << false;
+        QTest::newRow("read-only volume") << true;
+    }
+    void failureLeavesNothing() {
+        QFETCH(bool, readOnly);
+        LoopImage image;
+        LOOP_MOUNT_OR_SKIP(image, "SMALL", "ext4", "16M");
+        const QByteArray volume = image.mountPoint;
+        // Random bytes do not shrink: their archive cannot fit beside them.
+        QByteArray noise(9 << 20, Qt::Uninitialized);
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(noise.data()),
+                                              noise.size() / 4);
+        writeBytes(join(volume, "noise.bin"), noise);
+        if (readOnly)
+            QCOMPARE(run("mount", {"-o", "remount,ro", QFile::decodeName(volume)}).exitCode, 0);
+        // What the volume holds (its own time changes as the archive comes and goes).
+        const auto contents = [&] {
+            return treeFacts(volume).mid(treeFacts(volume).indexOf('\n'));
+        };
+        const QByteArray before = contents();
+        WindowFixture f;
+        openAt(f, volume);
+        pick(f, "noise.bin");
+        f.c.ctxCompress();
+        QTRY_COMPARE(f.c.status->text(), QString("Compressing failed: noise.bin"));
+        QCOMPARE(contents(), before);
+        QCOMPARE(runForOutput("/bin/cat", {join(volume, "noise.bin")}), std::optional(noise));
+    }
+
+    // Past 4 GiB (zip64): a sparse file, quick to make and to deflate.
+    void largeFile() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray item = join(folder, "disk.img");
+        const qint64 size = (qint64(4) << 30) + 4096;
+        const int fd = open(item.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+        QVERIFY(fd >= 0);
+        QCOMPARE(pwrite(fd, "end", 3, size - 3), ssize_t(3));
+        close(fd);
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, "disk.img");
+        f.c.ctxCompress();
+        QTRY_COMPARE_WITH_TIMEOUT(f.c.status->text(), QString("Compressed → disk.zip"), 240000);
+        const QString archive = QFile::decodeName(join(folder, "disk.zip"));
+        QVERIFY(run("zipinfo", {archive}).output.contains(QByteArray::number(size) + " "));
+        QCOMPARE(run("unzip", {"-t", archive}).exitCode, 0);
+    }
+
+    // The program ends while an archive is being written: the half-written archive
+    // goes with it.
+    void quitMidwayRemovesTheArchive() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray item = join(folder, "disk.img");
+        const int fd = open(item.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+        QCOMPARE(ftruncate(fd, qint64(4) << 30), 0);
+        close(fd);
+        const QByteArray archive = join(folder, "disk.zip");
+        {
+            WindowFixture f;
+            openAt(f, folder);
+            pick(f, "disk.img");
+            f.c.ctxCompress();
+            QTRY_VERIFY(QFileInfo(QFile::decodeName(archive)).size() > 0);
+        }
+        QVERIFY(!exists(archive));
+        QVERIFY(exists(item));
+    }
+};
+
+QTEST_MAIN(TestCompress)
+#include "tst_compress.moc"

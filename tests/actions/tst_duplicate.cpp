@@ -1,0 +1,235 @@
+// Duplicate: a faithful copy under the first free name, on a worker under a modal
+// progress dialog; a failed or cancelled copy leaves nothing behind.
+#include "LoopImage.h"
+#include "ModalDriver.h"
+#include "TempTree.h"
+#include "platform/TreeCopy.h"
+#include "ui/WindowFixture.h"
+
+#include <QSemaphore>
+#include <cerrno>
+#include <thread>
+
+using namespace temptree;
+
+namespace {
+
+// Everything below the folder (hidden items too), with type, mode, size and time.
+QByteArray listing(const QByteArray& folder) {
+    return runForOutput("/usr/bin/find", {folder, "-mindepth", "1", "-printf", "%P %M %s %T@\\n"})
+        .value_or("");
+}
+
+// The folder and every item below it with its type and permissions, modification time
+// (to the nanosecond), size and link target: two trees that print the same are copies.
+QByteArray treeFacts(const QByteArray& folder) {
+    return runForOutput("/usr/bin/find", {folder, "-printf", "%P %M %T@ %s %l\\n"}).value_or("");
+}
+
+void writeBytes(const QByteArray& path, const QByteArray& bytes) {
+    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+    QVERIFY(fd >= 0);
+    QCOMPARE(write(fd, bytes.constData(), size_t(bytes.size())), ssize_t(bytes.size()));
+    close(fd);
+}
+
+void setTime(const QByteArray& path, time_t seconds) {
+    const timespec times[2] = {{seconds, 0}, {seconds, 123456789}};
+    QCOMPARE(utimensat(AT_FDCWD, path.constData(), times, AT_SYMLINK_NOFOLLOW), 0);
+}
+
+} // namespace
+
+class TestDuplicate : public QObject {
+    Q_OBJECT
+    Dir tmp;
+
+    void openAt(WindowFixture& f, const QByteArray& folder) {
+        f.c.window->show();
+        f.c.openPath(folder);
+        QVERIFY(f.settled());
+    }
+    void pick(WindowFixture& f, const QByteArray& name) {
+        f.c.menuNode = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
+        QVERIFY(f.c.menuNode);
+    }
+
+    // A folder of everything a copy must keep: modes, times (set last, folders too),
+    // links relative and dangling, a sparse file, a name that is not UTF-8.
+    QByteArray richFolder(const QByteArray& parent) {
+        const QByteArray top = join(parent, "Photos");
+        makeDir(top);
+        makeDir(join(top, "private"));
+        writeBytes(join(top, "private/secret"), "s");
+        writeBytes(join(top, "caf\xe9.txt"), "latin");
+        writeBytes(join(top, "script.sh"), "#!/bin/sh\n");
+        const int fd = open(join(top, "sparse.img").constData(), O_WRONLY | O_CREAT, 0644);
+        pwrite(fd, "head", 4, 0);
+        pwrite(fd, "tail", 4, 64 << 20);
+        close(fd);
+        symlink("script.sh", join(top, "link").constData());
+        symlink("../nowhere", join(top, "dangling").constData());
+        chmod(join(top, "script.sh").constData(), 0751);
+        chmod(join(top, "private/secret").constData(), 0600);
+        chmod(join(top, "private").constData(), 0700);
+        for (const char* item : {"private/secret", "private", "caf\xe9.txt", "script.sh",
+                                 "sparse.img", "link", "dangling"})
+            setTime(join(top, item), 1500000000);
+        chmod(top.constData(), 0750);
+        setTime(top, 1400000000);
+        return top;
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(tmp.isValid()); }
+
+    void twiceGivesTheTableNames() {
+        const QByteArray folder = tmp.freshFolder();
+        writeBytes(join(folder, "report.pdf"), "pdf");
+        // A dangling link already holds the first name of the folder's copy.
+        makeDir(join(folder, "Photos"));
+        symlink("gone", join(folder, "Photos copy").constData());
+        WindowFixture f;
+        openAt(f, folder);
+        for (const QByteArray item : {"report.pdf", "report.pdf", "Photos"}) {
+            pick(f, item);
+            f.c.ctxDuplicate();
+            QVERIFY(f.listed(f.c.rootNode));
+        }
+        QCOMPARE(f.rowNames(f.rootIndex()).size(), 6);
+        for (const QByteArray copy : {"report copy.pdf", "report copy 2.pdf"})
+            QCOMPARE(runForOutput("/bin/cat", {join(folder, copy)}).value_or(""),
+                     QByteArray("pdf"));
+        QVERIFY(QFileInfo(QFile::decodeName(join(folder, "Photos copy 2"))).isDir());
+        QCOMPARE(QFileInfo(QFile::decodeName(join(folder, "Photos copy"))).symLinkTarget(),
+                 QFileInfo(QFile::decodeName(join(folder, "gone"))).absoluteFilePath());
+    }
+
+    void keepsEverything() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray source = richFolder(folder);
+        const QByteArray before = treeFacts(source);
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, "Photos");
+        f.c.ctxDuplicate();
+        const QByteArray copy = join(folder, "Photos copy");
+        QCOMPARE(treeFacts(copy), before);
+        QCOMPARE(treeFacts(source), before);
+        QCOMPARE(runForOutput("/usr/bin/diff", {"-r", "--no-dereference", source, copy}),
+                 std::optional<QByteArray>(""));
+        // 64 MiB long, a few blocks allocated, in the copy as in the original.
+        QVERIFY(statBlocksBytes(join(copy, "sparse.img")) <= 64 * 1024);
+        QVERIFY(f.listed(f.c.rootNode));
+        QVERIFY(f.rowNames(f.rootIndex()).contains("Photos copy"));
+    }
+
+    // A full disk: the alert names the item and gives the reason; the partial copy is
+    // gone, the original intact, nothing else touched.
+    void diskFull_data() {
+        QTest::addColumn<bool>("folder");
+        QTest::newRow("one large file") << false;
+        QTest::newRow("folder of files") << true;
+    }
+    void diskFull() {
+        QFETCH(bool, folder);
+        LoopImage image;
+        LOOP_MOUNT_OR_SKIP(image, "FULL", "ext4", "16M");
+        const QByteArray volume = image.mountPoint;
+        const QByteArray item = join(volume, folder ? "album" : "big.bin");
+        if (folder) {
+            makeDir(item);
+            for (int i = 0; i < 5; ++i)
+                writeFile(join(item, "part" + QByteArray::number(i)), 2 << 20);
+        } else {
+            writeFile(item, 9 << 20);
+        }
+        const QByteArray before = listing(volume);
+        const QByteArray sum = runForOutput("/usr/bin/du", {"-ab", item}).value_or("");
+        WindowFixture f;
+        openAt(f, volume);
+        pick(f, lastPathComponent(item));
+        SeenAlert seen;
+        dismissAlert(&seen);
+        f.c.ctxDuplicate();
+        QVERIFY(seen.shown);
+        QCOMPARE(seen.title, QString("Duplicate"));
+        QCOMPARE(seen.text, QString::fromUtf8(lastPathComponent(item)));
+        QCOMPARE(seen.informative, QString::fromLocal8Bit(strerror(ENOSPC)));
+        QCOMPARE(listing(volume), before);
+        QCOMPARE(runForOutput("/usr/bin/du", {"-ab", item}).value_or(""), sum);
+    }
+
+    void sourceGone() {
+        const QByteArray folder = tmp.freshFolder();
+        writeBytes(join(folder, "doomed"), "x");
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, "doomed");
+        QCOMPARE(unlink(join(folder, "doomed").constData()), 0);
+        SeenAlert seen;
+        dismissAlert(&seen);
+        f.c.ctxDuplicate();
+        QVERIFY(seen.shown);
+        QCOMPARE(seen.informative, QString::fromLocal8Bit(strerror(ENOENT)));
+        QCOMPARE(listing(folder), QByteArray());
+    }
+
+    // The dialog shows while the copy waits for a worker; its Cancel stops the copy,
+    // which then makes nothing, and no alert follows.
+    void cancelFromTheDialog() {
+        const QByteArray folder = tmp.freshFolder();
+        writeBytes(join(folder, "notes.txt"), "n");
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, "notes.txt");
+        // Every worker held, so the copy cannot start before the dialog is answered.
+        QSemaphore hold, held;
+        const int workers = f.c.sizeQueue->maxThreadCount();
+        for (int i = 0; i < workers; ++i)
+            f.c.sizeQueue->start([&hold, &held] {
+                held.release();
+                hold.acquire();
+            });
+        QVERIFY(held.tryAcquire(workers, 30000));
+        QString title, shownName;
+        whenModal([&](QWidget* dialog) {
+            title = dialog->windowTitle();
+            for (QLabel* label : dialog->findChildren<QLabel*>())
+                if (label->text() == "notes.txt" && label->textFormat() == Qt::PlainText)
+                    shownName = label->text();
+            buttonTitled(dialog, "Cancel")->click();
+            hold.release(workers);
+        });
+        f.c.ctxDuplicate();
+        QCOMPARE(title, QString("Duplicate"));
+        QCOMPARE(shownName, QString("notes.txt"));
+        QCOMPARE(runForOutput("/bin/ls", {folder}).value_or(""), QByteArray("notes.txt\n"));
+        QVERIFY(!QApplication::activeModalWidget());
+    }
+
+    // Cancelled in the middle: the copy made some of the folder, and removes exactly
+    // that, not the original and not an item that was there before.
+    void cancelMidwayRemovesWhatItMade() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray source = join(folder, "data");
+        makeDir(source);
+        writeFile(join(source, "a"), 1 << 20);
+        writeFile(join(source, "b"), 512 << 20);
+        writeBytes(join(folder, "unrelated"), "keep");
+        const QByteArray before = listing(folder);
+        TreeCopy copy;
+        std::atomic<int> result{-1};
+        std::thread worker([&] { result = copy.run(source, join(folder, "data copy")); });
+        // Once the copy is into the second file, the first one exists in the copy.
+        while (copy.bytesDone() <= (2 << 20) && result == -1)
+            std::this_thread::yield();
+        copy.cancel();
+        worker.join();
+        QCOMPARE(result.load(), ECANCELED);
+        QCOMPARE(listing(folder), before);
+    }
+};
+
+QTEST_MAIN(TestDuplicate)
+#include "tst_duplicate.moc"

@@ -1,0 +1,284 @@
+// Rename: the move that never replaces, and the action through its real dialog.
+#include "LoopImage.h"
+#include "ModalDriver.h"
+#include "TempTree.h"
+#include "platform/RenameNoReplace.h"
+#include "platform/SystemReason.h"
+#include "ui/WindowFixture.h"
+
+#include <QProcess>
+#include <cerrno>
+
+using namespace temptree;
+
+namespace {
+
+// By path bytes: QFile cannot name files whose names are not UTF-8.
+QByteArray contentOf(const QByteArray& path) {
+    return runForOutput("/bin/cat", {"--", path}).value_or("<missing>");
+}
+
+void writeText(const QByteArray& path, const QByteArray& text) {
+    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+    QVERIFY(fd >= 0);
+    QCOMPARE(write(fd, text.constData(), size_t(text.size())), ssize_t(text.size()));
+    close(fd);
+}
+
+bool exists(const QByteArray& path) {
+    struct stat info {};
+    return lstat(path.constData(), &info) == 0;
+}
+
+using Mover = int (*)(const QByteArray&, const QByteArray&);
+
+} // namespace
+
+class TestRename : public QObject {
+    Q_OBJECT
+    Dir tmp;
+
+    // a.txt ("a"), b.txt ("b"), an empty folder dir, a folder full holding f.
+    QByteArray sample() {
+        const QByteArray folder = tmp.freshFolder();
+        writeText(join(folder, "a.txt"), "a");
+        writeText(join(folder, "b.txt"), "b");
+        makeDir(join(folder, "dir"));
+        makeDir(join(folder, "full"));
+        writeText(join(folder, "full/f"), "f");
+        return folder;
+    }
+
+    // The outline's rows of the root, once its listing is in.
+    static QList<QByteArray> rootRows(WindowFixture& f) { return f.rowNames(f.rootIndex()); }
+
+    void openAt(WindowFixture& f, const QByteArray& folder) {
+        f.c.window->show();
+        f.c.openPath(folder);
+        QVERIFY(f.listed(f.c.rootNode));
+    }
+    void pick(WindowFixture& f, const QByteArray& name) {
+        f.c.menuNode = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
+        QVERIFY(f.c.menuNode);
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(tmp.isValid()); }
+
+    // Both the kernel's no-replace rename and the fallback for file systems that
+    // refuse it, on the same cases.
+    void neverReplaces_data() {
+        QTest::addColumn<bool>("byHand");
+        QTest::addColumn<QByteArray>("from");
+        QTest::addColumn<QByteArray>("to");
+        QTest::addColumn<int>("error");
+        for (const bool byHand : {false, true}) {
+            const char* how = byHand ? "by hand: " : "renameat2: ";
+            const auto row = [&](const char* name) -> QTestData& {
+                return QTest::newRow(qPrintable(QString(how) + name)) << byHand;
+            };
+            row("file to a free name") << QByteArray("a.txt") << QByteArray("c.txt") << 0;
+            row("folder to a free name") << QByteArray("full") << QByteArray("moved") << 0;
+            row("file onto a file") << QByteArray("a.txt") << QByteArray("b.txt") << EEXIST;
+            row("folder onto an empty folder") << QByteArray("full") << QByteArray("dir") << EEXIST;
+            row("file onto a folder") << QByteArray("a.txt") << QByteArray("dir") << EEXIST;
+            row("name not UTF-8") << QByteArray("n\xe9") << QByteArray("plain") << 0;
+            row("source gone") << QByteArray("gone") << QByteArray("c.txt") << ENOENT;
+            row("hard link of the same file")
+                << QByteArray("a.txt") << QByteArray("link") << EEXIST;
+        }
+    }
+    void neverReplaces() {
+        QFETCH(bool, byHand);
+        QFETCH(QByteArray, from);
+        QFETCH(QByteArray, to);
+        QFETCH(int, error);
+        const QByteArray folder = sample();
+        writeText(join(folder, "n\xe9"), "latin");
+        QCOMPARE(link(join(folder, "a.txt").constData(), join(folder, "link").constData()), 0);
+        const QByteArray before = runForOutput("/bin/ls", {"-lR", "--", folder}).value_or("");
+        const QByteArray fromContent = contentOf(join(folder, from));
+
+        const Mover move = byHand ? renameNoReplaceByHand : renameNoReplace;
+        QCOMPARE(move(join(folder, from), join(folder, to)), error);
+        if (error) {
+            // Nothing changed at all, no reservation left behind.
+            QCOMPARE(runForOutput("/bin/ls", {"-lR", "--", folder}).value_or(""), before);
+            return;
+        }
+        QVERIFY(!exists(join(folder, from)));
+        QCOMPARE(contentOf(join(folder, to)), fromContent);
+    }
+
+    // A link keeps being a link, and a dangling one moves too.
+    void linksMoveAsLinks() {
+        for (const Mover move : {renameNoReplace, renameNoReplaceByHand}) {
+            const QByteArray folder = sample();
+            QCOMPARE(symlink("nowhere", join(folder, "link").constData()), 0);
+            QCOMPARE(move(join(folder, "link"), join(folder, "moved")), 0);
+            char target[32] = {};
+            QCOMPARE(readlink(join(folder, "moved").constData(), target, sizeof target - 1), 7);
+            QCOMPARE(QByteArray(target), QByteArray("nowhere"));
+        }
+    }
+
+    // On a file system that ignores case, a change of case only is a rename of the item
+    // itself; another item of the same name in other letters is still refused.
+    void caseOnly_data() {
+        QTest::addColumn<QString>("type");
+        QTest::newRow("vfat") << "vfat";
+        QTest::newRow("exfat") << "exfat";
+    }
+    void caseOnly() {
+        QFETCH(QString, type);
+        LoopImage image;
+        LOOP_MOUNT_OR_SKIP(image, "CASES", type);
+        const QByteArray folder = image.mountPoint;
+        writeText(join(folder, "photo.JPG"), "jpeg");
+        writeText(join(folder, "other.txt"), "other");
+        makeDir(join(folder, "Dir"));
+        for (const Mover move : {renameNoReplace, renameNoReplaceByHand}) {
+            QCOMPARE(move(join(folder, "photo.JPG"), join(folder, "photo.jpg")), 0);
+            QCOMPARE(move(join(folder, "Dir"), join(folder, "dir")), 0);
+            QCOMPARE(move(join(folder, "other.txt"), join(folder, "PHOTO.jpg")), EEXIST);
+            QCOMPARE(runForOutput("/bin/ls", {"--", folder}).value_or(""),
+                     QByteArray("dir\nother.txt\nphoto.jpg\n"));
+            QCOMPARE(contentOf(join(folder, "photo.jpg")), QByteArray("jpeg"));
+            // And back, for the next way of moving.
+            QCOMPARE(move(join(folder, "photo.jpg"), join(folder, "photo.JPG")), 0);
+            QCOMPARE(move(join(folder, "dir"), join(folder, "Dir")), 0);
+        }
+    }
+
+    void renamesThroughTheDialog_data() {
+        QTest::addColumn<QByteArray>("item");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QByteArray>("newName");
+        QTest::newRow("file") << QByteArray("a.txt") << "renamed.txt" << QByteArray("renamed.txt");
+        QTest::newRow("folder, spaces trimmed")
+            << QByteArray("full") << "\t folder two  " << QByteArray("folder two");
+        QTest::newRow("case only") << QByteArray("a.txt") << "A.TXT" << QByteArray("A.TXT");
+        QTest::newRow("old name not UTF-8")
+            << QByteArray("caf\xe9") << "café" << QByteArray("caf\xc3\xa9");
+    }
+    void renamesThroughTheDialog() {
+        QFETCH(QByteArray, item);
+        QFETCH(QString, typed);
+        QFETCH(QByteArray, newName);
+        const QByteArray folder = sample();
+        writeText(join(folder, "caf\xe9"), "latin");
+        const QByteArray content = contentOf(join(folder, item));
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, item);
+        answerRename(f.c.menuNode->name, typed);
+        f.c.ctxRename();
+        QVERIFY(!exists(join(folder, item)));
+        QCOMPARE(contentOf(join(folder, newName)), content);
+        // The folder is listed afresh: the new name has a row, the old one none.
+        QTRY_VERIFY(rootRows(f).contains(newName) && !rootRows(f).contains(item));
+    }
+
+    // Unchanged, blank or cancelled: nothing moves, nothing is said, the listing stays.
+    void nothingHappens_data() {
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("unchanged") << "a.txt";
+        QTest::newRow("spaces around") << "  a.txt\u3000";
+        QTest::newRow("empty") << "";
+        QTest::newRow("only spaces") << " \t ";
+        QTest::newRow("cancelled") << QString();
+    }
+    void nothingHappens() {
+        QFETCH(QString, typed);
+        const QByteArray folder = sample();
+        const QByteArray before = runForOutput("/bin/ls", {"-lR", "--", folder}).value_or("");
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, "a.txt");
+        const NodeList listing = *f.c.rootNode->children;
+        if (typed.isNull())
+            whenModal([](QWidget* dialog) {
+                QTest::keyClick(dialog->findChild<QLineEdit*>(), Qt::Key_Escape);
+            });
+        else
+            answerRename("a.txt", typed);
+        bool alerted = false;
+        f.c.ctxRename();
+        QTimer* alert = whenModal([&](QWidget* window) {
+            alerted = true;
+            window->close();
+        });
+        QTest::qWait(50); // room for an alert that must not come
+        delete alert;
+        QVERIFY(!alerted);
+        QCOMPARE(runForOutput("/bin/ls", {"-lR", "--", folder}).value_or(""), before);
+        QVERIFY(f.c.rootNode->children && *f.c.rootNode->children == listing);
+    }
+
+    // Refused names and taken names: the alert names the item and gives the reason;
+    // the disk and the tree stay as they were, and nothing moves into another folder.
+    void refusedWithAnAlert_data() {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("taken by a file") << "b.txt" << QString::fromLocal8Bit(strerror(EEXIST));
+        QTest::newRow("taken by a folder") << "dir" << QString::fromLocal8Bit(strerror(EEXIST));
+        QTest::newRow("into a folder") << "dir/a.txt" << QString::fromLocal8Bit(strerror(EINVAL));
+        QTest::newRow("up a level") << "../a.txt" << QString::fromLocal8Bit(strerror(EINVAL));
+        QTest::newRow("dot dot") << ".." << QString::fromLocal8Bit(strerror(EINVAL));
+        QTest::newRow("too long") << QString(300, u'x')
+                                  << QString::fromLocal8Bit(strerror(ENAMETOOLONG));
+    }
+    void refusedWithAnAlert() {
+        QFETCH(QString, typed);
+        QFETCH(QString, reason);
+        const QByteArray folder = sample();
+        const QByteArray before = runForOutput("/bin/ls", {"-lR", "--", folder}).value_or("");
+        WindowFixture f;
+        openAt(f, folder);
+        pick(f, "a.txt");
+        const NodeList listing = *f.c.rootNode->children;
+        SeenAlert seen;
+        answerRename("a.txt", typed, [&] { dismissAlert(&seen); });
+        f.c.ctxRename();
+        QVERIFY(seen.shown);
+        QCOMPARE(seen.text, QString("a.txt"));
+        QCOMPARE(seen.informative, reason);
+        QCOMPARE(runForOutput("/bin/ls", {"-lR", "--", folder}).value_or(""), before);
+        QVERIFY(f.c.rootNode->children && *f.c.rootNode->children == listing);
+    }
+
+    void noNodeNoDialog() {
+        WindowFixture f;
+        bool asked = false;
+        QTimer* dialog = whenModal([&](QWidget* window) {
+            asked = true;
+            window->close();
+        });
+        f.c.ctxRename();
+        QTest::qWait(50);
+        delete dialog;
+        QVERIFY(!asked);
+    }
+
+    // The reason comes in the interface language when the system has its messages: a
+    // German locale compiled for the test, found through LOCPATH.
+    void reasonInTheInterfaceLanguage() {
+        const QString localedef = QStandardPaths::findExecutable("localedef");
+        if (localedef.isEmpty())
+            QSKIP("localedef is not installed");
+        QTemporaryDir locales;
+        QProcess make;
+        make.start(localedef, {"-i", "de_DE", "-f", "UTF-8", locales.filePath("de_DE.UTF-8")});
+        QVERIFY(make.waitForFinished(120000));
+        if (make.exitCode() > 1) // 1: warnings only
+            QSKIP("the de_DE locale sources are not installed");
+        qputenv("LOCPATH", QFile::encodeName(locales.path()));
+        const QString german = systemReason(ENOENT, "de");
+        qunsetenv("LOCPATH");
+        QCOMPARE(german, QString("Datei oder Verzeichnis nicht gefunden"));
+        QCOMPARE(systemReason(ENOENT, "ko"), QString::fromLocal8Bit(strerror(ENOENT)));
+    }
+};
+
+QTEST_MAIN(TestRename)
+#include "tst_rename.moc"
