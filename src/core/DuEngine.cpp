@@ -3,6 +3,7 @@
 #include "core/FolderListing.h"
 #include "core/RevocableJobs.h"
 #include "core/SizeMeasure.h"
+#include "core/StopFlag.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -32,7 +33,11 @@ public:
     }
 
 protected:
-    void dropQueuedWork() override { jobs->revokeWaiting(); }
+    // Queued du runs never start; running ones are ended.
+    void dropQueuedWork() override {
+        jobs->revokeWaiting();
+        wanted->stop();
+    }
 
 private:
     // The job keeps the walk alive and does nothing once the walk is cancelled.
@@ -48,7 +53,7 @@ private:
     }
 
     void measureTotal(bool isDir) {
-        total = isDir ? folderDiskUsage(path) : fileAllocatedSize(path);
+        total = isDir ? folderDiskUsage(path, wanted.get()) : fileAllocatedSize(path);
         oneDone();
     }
 
@@ -90,7 +95,7 @@ private:
     void measureChild(size_t index, QByteArray folder) {
         ++outstanding;
         post([this, index, folder = std::move(folder)] {
-            const qint64 bytes = folderDiskUsage(folder);
+            const qint64 bytes = folderDiskUsage(folder, wanted.get());
             deliver([&](WalkReceiver& receiver) { receiver.childMeasured(index, bytes); });
             oneDone();
         });
@@ -103,6 +108,7 @@ private:
     }
 
     const std::shared_ptr<RevocableJobs> jobs;
+    const StopFlagPtr wanted = StopFlag::make();
     int priority = 0;
     const QByteArray path;
     std::atomic<int> outstanding{0};

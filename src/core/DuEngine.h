@@ -10,8 +10,7 @@
 class DuEngine : public MeasureEngine {
 public:
     explicit DuEngine(QThreadPool* pool) : pool(pool) {}
-    // Cancels every walk: queued du runs never start; one already running finishes
-    // into nothing.
+    // Cancels every walk: queued du runs never start, running ones are ended.
     ~DuEngine() override;
 
     std::shared_ptr<WalkTicket> walkFolder(const QByteArray& folder,

@@ -276,13 +276,15 @@ private Q_SLOTS:
         makeDir(join(folder, "real"));
         buildTree("files and folders", join(folder, "real"));
         makeLink("real", join(folder, "link"));
-        QThreadPool pool;
-        InProcessEngine engine(&pool, InProcessEngine::defaultWorkers());
-        const auto walk = walkToTheEnd(engine, join(folder, "link"));
-        QVERIFY(walk);
-        checkAgainstDu(*walk, join(folder, "link"), "-H");
-        QCOMPARE(walk->total, du(join(folder, "link"), "-L"));
-        QVERIFY(walk->total > du(join(folder, "link")));
+        for (const QByteArray& kind : engineKinds) {
+            QThreadPool pool;
+            const auto engine = makeEngine(kind, &pool);
+            const auto walk = walkToTheEnd(*engine, join(folder, "link"));
+            QVERIFY(walk);
+            checkAgainstDu(*walk, join(folder, "link"), "-H");
+            QCOMPARE(walk->total, du(join(folder, "link"), "-L"));
+            QVERIFY(walk->total > du(join(folder, "link")));
+        }
     }
 
     // A path that is not a folder lists nothing; its total is what du says of it.
@@ -315,8 +317,9 @@ private Q_SLOTS:
             QTest::addRow("%s: missing folder", e)
                 << engine << QByteArray("gone") << true << QByteArray();
         }
-        QTest::addRow("in-process: link to a folder, followed")
-            << QByteArray("in-process") << QByteArray("linkToTree") << true << QByteArray("-H");
+        for (const QByteArray& engine : engineKinds)
+            QTest::addRow("%s: link to a folder, followed", engine.constData())
+                << engine << QByteArray("linkToTree") << true << QByteArray("-H");
     }
     void measureItem() {
         QFETCH(QByteArray, engine);
