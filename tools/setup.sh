@@ -9,7 +9,7 @@ PACKAGES=(
   libarchive-dev libmount-dev libblkid-dev libglib2.0-dev
   coreutils dbus dbus-x11 xvfb xauth x11-utils libx11-dev
   appstream desktop-file-utils unzip zip e2fsprogs dosfstools exfatprogs
-  trash-cli xclip xdg-utils at-spi2-core
+  trash-cli xclip xdg-utils at-spi2-core squashfs-tools
   fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme
 )
 

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+class FolderWalk;
+class QThreadPool;
+class RevocableJobs;
+struct WalkDir;
+
+// Shares a fixed number of workers among the active walks. Workers are jobs on the
+// given pool that read folders while there are any and end when there are none, so no
+// pool thread ever waits for work. The newest walk's folders go first, and within a
+// walk the deepest: the tree is read depth first, which keeps what is queued small.
+class WalkScheduler : public std::enable_shared_from_this<WalkScheduler> {
+public:
+    WalkScheduler(QThreadPool* pool, int workers);
+
+    // A new walk, its own folder first.
+    void begin(const std::shared_ptr<FolderWalk>& walk);
+    // More folders of a walk; taken from `dirs`. Dropped when the walk is cancelled.
+    void queue(const std::shared_ptr<FolderWalk>& walk,
+               std::vector<std::shared_ptr<WalkDir>>& dirs);
+    // The walk is cancelled: its queued folders go.
+    void drop(FolderWalk& walk);
+    // The walk has ended.
+    void retire(FolderWalk& walk);
+    // Cancels every walk and returns once no worker runs.
+    void shutDown();
+
+private:
+    // Starts up to `wanted` more workers, never more than the set number in all.
+    void addWorkers(std::unique_lock<std::mutex>& held, size_t wanted);
+    void work();
+    bool take(std::shared_ptr<FolderWalk>& walk, std::shared_ptr<WalkDir>& dir);
+    std::shared_ptr<FolderWalk> remove(FolderWalk& walk);
+
+    const int workers;
+    const std::shared_ptr<RevocableJobs> jobs;
+    std::mutex lock;
+    std::condition_variable allStopped;
+    // Oldest first.
+    std::vector<std::shared_ptr<FolderWalk>> walks;
+    // Workers started and not yet ended.
+    int running = 0;
+    bool stopping = false;
+};

@@ -1,0 +1,45 @@
+#include "platform/DirectoryReader.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+struct LinuxDirent64 {
+    uint64_t d_ino;
+    int64_t d_off;
+    unsigned short d_reclen;
+    unsigned char d_type;
+    char d_name[1];
+};
+
+bool isDotOrDotDot(const char* name) {
+    return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
+}
+
+} // namespace
+
+DirectoryReader::DirectoryReader(int fd, char* buffer, size_t capacity)
+    : fd(fd), buffer(buffer), capacity(capacity) {}
+
+bool DirectoryReader::readBatch() {
+    long n = 0;
+    do
+        n = syscall(SYS_getdents64, fd, buffer, capacity);
+    while (n < 0 && errno == EINTR);
+    filled = n > 0 ? n : 0;
+    offset = 0;
+    return n > 0;
+}
+
+const char* DirectoryReader::nextName() {
+    while (offset < filled) {
+        const auto* entry = reinterpret_cast<const LinuxDirent64*>(buffer + offset);
+        offset += entry->d_reclen;
+        if (!isDotOrDotDot(entry->d_name))
+            return entry->d_name;
+    }
+    return nullptr;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+
+// Reads a folder's entries straight from the kernel, many per call (getdents64), names
+// as the file system's own bytes. The caller owns the descriptor and the buffer, so a
+// worker reuses one buffer for every folder it reads.
+class DirectoryReader {
+public:
+    DirectoryReader(int fd, char* buffer, size_t capacity);
+
+    // Fills the buffer with the next run of entries; false at the end or on a read error.
+    bool readBatch();
+    // The next name of the current run, "." and ".." left out; null when it is used up.
+    const char* nextName();
+
+private:
+    const int fd;
+    char* const buffer;
+    const size_t capacity;
+    long filled = 0;
+    long offset = 0;
+};
