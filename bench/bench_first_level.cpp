@@ -19,6 +19,7 @@ public:
     void showNewRoot(const NodePtr&) override {}
     bool isShown(const Node&) const override { return false; }
     void redrawRow(const NodePtr&) override {}
+    void rowsAppended(const NodePtr&, size_t, size_t) override {}
     void redrawRowAndChildren(const NodePtr& node) override {
         if (node == root)
             QCoreApplication::quit();

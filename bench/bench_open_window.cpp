@@ -1,9 +1,13 @@
-// Opens a folder through the real controller and window (offscreen) and reports how
-// the interface keeps up while the first level streams in, next to one "du -sk" of
-// the same folder in the same run.
-//   bench_open_window FOLDER
-//   bench_open_window --files N     (a generated folder of N empty-ish files)
-//   bench_open_window --folders N   (a generated folder of N subfolders, 5 files each)
+// Opens a folder through the real controller and its window (offscreen, shown) and
+// reports how the interface keeps up while the folder is listed, measured and sorted,
+// next to one "du -sk" of the same folder in the same run.
+//   bench_open_window [--load] FOLDER
+//   bench_open_window [--load] --files N | --folders N | --deep
+// --files: N files in one folder; --folders: N subfolders of 5 files; --deep: a
+// generated tree of about 350,000 entries. --load keeps a core busy meanwhile.
+// SIZELOOM_MEASURE=du measures with the du engine instead.
+#include "BusyCore.h"
+#include "GeneratedTree.h"
 #include "app/AppController.h"
 #include "core/PathInfo.h"
 #include "core/SizeMeasure.h"
@@ -18,38 +22,10 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <cstdio>
-#include <fcntl.h>
+#include <memory>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
-
-void touch(const QByteArray& path, int bytes) {
-    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    if (fd < 0)
-        return;
-    const QByteArray data(bytes, 'x');
-    if (bytes > 0 && write(fd, data.constData(), size_t(bytes)) != bytes)
-        std::perror("write");
-    close(fd);
-}
-
-QByteArray generate(const QByteArray& base, const QByteArray& kind, int count) {
-    const QByteArray folder = base + "/" + kind + QByteArray::number(count);
-    mkdir(folder.constData(), 0755);
-    for (int i = 0; i < count; ++i) {
-        const QByteArray item = folder + "/item" + QByteArray::number(i);
-        if (kind == "files") {
-            touch(item, (i * 7919) % 9000);
-        } else {
-            mkdir(item.constData(), 0755);
-            for (int j = 0; j < 5; ++j)
-                touch(item + "/f" + QByteArray::number(j), ((i + j) * 104729) % 20000);
-        }
-    }
-    return folder;
-}
 
 long peakMemoryKiB() {
     rusage usage{};
@@ -57,35 +33,56 @@ long peakMemoryKiB() {
     return usage.ru_maxrss;
 }
 
+long residentKiB() {
+    QFile statm("/proc/self/statm");
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0;
+    const QList<QByteArray> fields = statm.readAll().split(' ');
+    return fields.size() > 1 ? fields[1].toLong() * (sysconf(_SC_PAGESIZE) / 1024) : 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
+    QStringList args = app.arguments().mid(1);
+    const bool load = args.removeAll("--load") > 0;
     QTemporaryDir scratch;
+    const QByteArray base = QFile::encodeName(scratch.path());
     QByteArray folder;
-    if (argc == 3 && (QByteArray(argv[1]) == "--files" || QByteArray(argv[1]) == "--folders"))
-        folder = generate(QFile::encodeName(scratch.path()), QByteArray(argv[1]).mid(2),
-                          QByteArray(argv[2]).toInt());
-    else if (argc == 2 && isExistingDirectory(argv[1]))
-        folder = absolutePath(argv[1]);
+    if (args.size() == 2 && args[0] == "--files")
+        folder = generated::flatFolder(base, args[1].toInt());
+    else if (args.size() == 2 && args[0] == "--folders")
+        folder = generated::wideTree(base, args[1].toInt());
+    else if (args.size() == 1 && args[0] == "--deep")
+        folder = generated::deepTree(base);
+    else if (args.size() == 1 && isExistingDirectory(QFile::encodeName(args[0])))
+        folder = absolutePath(QFile::encodeName(args[0]));
     else {
-        std::fprintf(stderr, "usage: bench_open_window FOLDER | --files N | --folders N\n");
+        std::fprintf(stderr, "usage: bench_open_window [--load] FOLDER | --files N | "
+                             "--folders N | --deep\n");
         return 2;
     }
 
     folderDiskUsage(folder); // warm the inode cache for both timings
     QElapsedTimer clock;
     clock.start();
-    folderDiskUsage(folder);
-    const double duMs = clock.nsecsElapsed() / 1e6;
-    const long memoryBefore = peakMemoryKiB();
+    const qint64 duBytes = folderDiskUsage(folder);
+    const double duMs = double(clock.nsecsElapsed()) / 1e6;
 
     AppController controller;
     controller.buildWindow();
+    controller.window->show();
+    for (int turn = 0; turn < 20; ++turn)
+        app.processEvents();
+    const long emptyWindowKiB = residentKiB();
+    std::unique_ptr<BusyCore> busy;
+    if (load)
+        busy = std::make_unique<BusyCore>();
 
     // The longest gap between two turns of the event loop is the longest the
-    // interface could not answer.
+    // interface could not answer; the open call itself counts.
     QElapsedTimer sinceTick;
     qint64 longestStallNs = 0;
     QTimer heartbeat;
@@ -95,11 +92,14 @@ int main(int argc, char** argv) {
         sinceTick.restart();
     });
 
-    double totalShownMs = -1, sortedMs = -1, openCallMs = -1;
+    double firstRowsMs = -1, totalShownMs = -1, sortedMs = -1, openCallMs = -1;
+    const auto rows = [&] { return controller.model->rowCount(controller.model->index(0, 0)); };
     QTimer probe;
     probe.setInterval(1);
     QObject::connect(&probe, &QTimer::timeout, &app, [&] {
-        const double now = clock.nsecsElapsed() / 1e6;
+        const double now = double(clock.nsecsElapsed()) / 1e6;
+        if (firstRowsMs < 0 && rows() > 0)
+            firstRowsMs = now;
         if (totalShownMs < 0 && controller.status->text().contains(QStringLiteral("Total")))
             totalShownMs = now;
         if (sortedMs < 0 && controller.rootNode->pending == 0)
@@ -109,24 +109,39 @@ int main(int argc, char** argv) {
     });
 
     clock.restart();
-    controller.openPath(folder);
-    openCallMs = clock.nsecsElapsed() / 1e6;
     sinceTick.start();
     heartbeat.start();
     probe.start();
+    controller.openPath(folder);
+    openCallMs = double(clock.nsecsElapsed()) / 1e6;
     app.exec();
+    // Painted once more with every row in, as a person would see it.
+    controller.window->repaint();
+    const long shownKiB = residentKiB();
+    busy.reset();
 
+    const int entries = rows();
     std::printf("folder                  %s\n", folder.constData());
-    std::printf("first-level entries     %d\n",
-                controller.model->rowCount(controller.model->index(0, 0)));
-    std::printf("open + listing (main)   %10.1f ms\n", openCallMs);
-    std::printf("root total shown        %10.1f ms\n", totalShownMs);
+    std::printf("engine                  %s%s\n",
+                qgetenv("SIZELOOM_MEASURE") == "du" ? "du" : "in-process",
+                load ? ", one core kept busy" : "");
+    std::printf("first-level entries     %d\n", entries);
+    std::printf("openPath call           %10.1f ms\n", openCallMs);
+    std::printf("first rows shown        %10.1f ms\n", firstRowsMs);
     std::printf("first level sorted      %10.1f ms\n", sortedMs);
-    std::printf("longest main stall      %10.1f ms (after the listing)\n", longestStallNs / 1e6);
-    std::printf("single du -sk           %10.1f ms  (%s)\n", duMs,
-                humanSize(folderDiskUsage(folder)).toUtf8().constData());
+    std::printf("root total shown        %10.1f ms  (%s; du says %s)\n", totalShownMs,
+                humanSize(controller.rootNode->size).toUtf8().constData(),
+                humanSize(duBytes).toUtf8().constData());
+    std::printf("longest main stall      %10.1f ms\n", double(longestStallNs) / 1e6);
+    std::printf("single du -sk           %10.1f ms\n", duMs);
     std::printf("ratio sorted/du         %10.2f\n", duMs > 0 ? sortedMs / duMs : 0.0);
-    std::printf("peak memory             %10.1f MiB (%.1f MiB before the window)\n",
-                peakMemoryKiB() / 1024.0, memoryBefore / 1024.0);
+    std::printf("memory above window     %10.1f MiB  (%.0f bytes per entry; peak %.1f MiB)\n",
+                double(shownKiB - emptyWindowKiB) / 1024.0,
+                entries > 0 ? double(shownKiB - emptyWindowKiB) * 1024.0 / entries : 0.0,
+                double(peakMemoryKiB()) / 1024.0);
+    if (controller.rootNode->size != duBytes)
+        std::printf("MISMATCH: the root's total differs from du -sk\n");
+    // Hard links and deep chains are more than QTemporaryDir removes on its own.
+    runForOutput("/bin/rm", {"-rf", "--", base});
     return 0;
 }

@@ -7,6 +7,7 @@
 // files, a deep tree of about 350,000 entries and a flat folder of 100,000 files
 // (--generate makes them in DIR and keeps them). --load keeps one core busy with
 // another process while timing.
+#include "BusyCore.h"
 #include "GeneratedTree.h"
 #include "core/DuEngine.h"
 #include "core/InProcessEngine.h"
@@ -110,29 +111,6 @@ QByteArray buildFloorwalk() {
 }
 
 // Another process keeping one core busy, until destroyed.
-class BusyCore {
-public:
-    BusyCore() {
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        char program[] = "/usr/bin/yes";
-        char* argv[] = {program, nullptr};
-        if (posix_spawn(&pid, program, &actions, nullptr, argv, environ) != 0)
-            pid = 0;
-        posix_spawn_file_actions_destroy(&actions);
-    }
-    ~BusyCore() {
-        if (pid <= 0)
-            return;
-        kill(pid, SIGTERM);
-        waitpid(pid, nullptr, 0);
-    }
-
-private:
-    pid_t pid = 0;
-};
-
 struct Options {
     int runs = 3;
     int workers = InProcessEngine::defaultWorkers();

@@ -2,14 +2,17 @@
 
 AppController::AppController(QObject* parent)
     : QObject(parent), sizeQueue(new QThreadPool), lifeFlag(StopFlag::make()),
-      treeFlag(StopFlag::make(lifeFlag)) {
+      treeFlag(StopFlag::make(lifeFlag)), inbox(MainThreadInbox::make()) {
     sizeQueue->setMaxThreadCount(6);
+    engine = makeMeasureEngine(sizeQueue);
 }
 
 AppController::~AppController() {
     // Nothing queued starts now, and the du children that are running end, so the
     // workers come back at once.
     lifeFlag->stop();
+    dropTreeWork();
+    engine.reset();
     sizeQueue->clear();
     // Should a worker still be caught in the file system (a mount that does not
     // answer), the queue is left to finish on its own rather than hang the quit.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/MainThreadInbox.h"
+#include "core/MeasureEngine.h"
 #include "core/Node.h"
 #include "core/StopFlag.h"
 #include "text/Lang.h"
@@ -41,7 +43,7 @@ public:
     ~AppController() override;
 
     // --- size tree (src/core) ---
-    // Lists an unlisted folder and queues one measurement per child.
+    // Lists an unlisted folder and measures its children, in one walk of its tree.
     void ensureListed(const NodePtr& node);
     // Makes the folder the root of a new tree and starts measuring it.
     void openPath(const QByteArray& path);
@@ -143,19 +145,21 @@ public:
     QList<QRadioButton*> langRadios;
 
 private:
-    // What to do on the main thread with a measured size; the controller is null
-    // when it is gone by then.
-    using SizeHandler = std::function<void(QPointer<AppController>, qint64)>;
-    // On a worker: measures the node and hands the size to the main thread, unless the
-    // work is no longer wanted by then.
-    static void measureAndHandBack(QPointer<AppController> self, const NodePtr& node,
-                                   const StopFlagPtr& wanted, const SizeHandler& apply);
-    void applyChildSize(const NodePtr& child, const NodePtr& folder, qint64 size);
+    // A folder's listing walk arrives through its receiver, in this order: entries, the
+    // end of the listing, then each child folder's size as its subtree is done, and the
+    // folder's own total last.
+    friend class ListingReceiver;
+    void applyListedEntries(const NodePtr& folder, const std::vector<WalkEntry>& entries);
+    void applyChildSize(const NodePtr& folder, size_t index, qint64 size);
+    void applyFolderTotal(const NodePtr& folder, qint64 size);
+    // One of the folder's outstanding measurements (or its listing) is in: once none
+    // is left, the level is sorted largest first.
+    void settleOneMeasurement(const NodePtr& folder);
     void applyRootTotal(const NodePtr& root);
-    // Runs computeSize on sizeQueue and hands the result back to the main thread.
-    void measureInBackground(const NodePtr& node, const StopFlagPtr& wanted, SizeHandler apply);
-    // Stops what is still queued or running for the folder's current listing.
+    // Stops the folder's current listing walk and every walk of the listings below it.
     void dropListingWork(const Node& folder);
+    // Stops every walk and measurement of the tree on screen.
+    void dropTreeWork();
     void showVolumeRows(const QList<VolumeInfo>& volumes);
     bool isShown(const Node& node) const;
 
@@ -164,8 +168,19 @@ private:
     const StopFlagPtr lifeFlag;
     // The work of the tree on screen; replaced, and the old one stopped, on every open.
     StopFlagPtr treeFlag;
-    // The work of each folder's current listing and of the listings below it.
-    QHash<const Node*, StopFlagPtr> listingFlags;
+    // Each listed folder's walk, with the flag that says whether its results are still
+    // wanted (stopped with the listing above it).
+    struct Listing {
+        StopFlagPtr wanted;
+        std::shared_ptr<WalkTicket> walk;
+    };
+    QHash<const Node*, Listing> listings;
+    // Measurements started by recompute, one per node at most.
+    QHash<const Node*, Listing> remeasures;
+    // Measures every size; its walks run on sizeQueue.
+    std::unique_ptr<MeasureEngine> engine;
+    // Brings the engine's results to the main thread in slices.
+    const std::shared_ptr<MainThreadInbox> inbox;
     void revealItem(const QByteArray& path);
     // Through the desktop's previewer, else in our own window; toggle closes a shown one.
     void quickLook(const NodePtr& node, bool toggle);

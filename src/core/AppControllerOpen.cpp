@@ -18,21 +18,15 @@ void AppController::openPath(const QByteArray& path) {
     const NodePtr root = Node::make(path, true);
     rootNode = root;
     // Whatever is still queued or running for the old tree is no longer wanted.
-    treeFlag->stop();
+    dropTreeWork();
     treeFlag = StopFlag::make(lifeFlag);
-    listingFlags.clear();
     if (display)
         display->showNewRoot(root);
-    // The open root row shows its children as they are listed.
+    // The open root row shows its children as they are listed; the same walk gives
+    // the root's total.
     ensureListed(root);
     if (status)
         status->setText(statusLineForRoot(*root));
-
-    measureInBackground(root, treeFlag, [root](QPointer<AppController> self, qint64 size) {
-        root->size = size;
-        if (self && self->rootNode == root)
-            self->applyRootTotal(root);
-    });
 }
 
 void AppController::applyRootTotal(const NodePtr& root) {
@@ -48,19 +42,35 @@ void AppController::applyRootTotal(const NodePtr& root) {
 }
 
 void AppController::recompute(const NodePtr& node) {
-    measureInBackground(node, treeFlag, [node](QPointer<AppController> self, qint64 size) {
-        node->size = size;
-        if (!self)
+    // A measurement of the node still under way is overtaken by this one.
+    if (const Listing older = remeasures.take(node.get()); older.walk) {
+        older.wanted->stop();
+        older.walk->cancel();
+    }
+    const StopFlagPtr wanted = StopFlag::make(treeFlag);
+    const auto apply = [self = QPointer<AppController>(this), node, wanted](qint64 size) {
+        if (!self || wanted->isStopped())
             return;
-        if (self->display && (self->isShown(*node) || node == self->rootNode))
+        self->remeasures.remove(node.get());
+        if (node == self->rootNode) {
+            self->applyFolderTotal(node, size);
+            return;
+        }
+        node->size = size;
+        if (self->display && self->isShown(*node))
             self->display->redrawRow(node);
         // Ancestors one after another, each once the level below it is measured.
         if (const NodePtr parent = node->parent.lock())
             self->recompute(parent);
-    });
+    };
+    const auto handOver = [inbox = inbox, apply](qint64 size) {
+        inbox->post([apply, size] { apply(size); });
+    };
+    remeasures.insert(node.get(), {wanted, engine->measureItem(node->url, node->isDir, handOver)});
 }
 
 void AppController::refreshParent(const NodePtr& node) {
+    // The folder's listing goes, and with it every walk below it.
     if (const NodePtr folder = node->parent.lock()) {
         dropListingWork(*folder);
         folder->children.reset();

@@ -1,35 +1,10 @@
 // The size tree's part of the controller: listing folders and applying measurements.
 #include "app/AppController.h"
 #include "core/FolderListing.h"
-#include "core/SizeMeasure.h"
+#include "core/ListingReceiver.h"
 #include "core/TreeDisplay.h"
 
-#include <QCoreApplication>
 #include <algorithm>
-
-void AppController::measureAndHandBack(QPointer<AppController> self, const NodePtr& node,
-                                       const StopFlagPtr& wanted, const SizeHandler& apply) {
-    if (wanted->isStopped())
-        return;
-    const qint64 size = computeSize(*node, wanted.get());
-    QCoreApplication* app = QCoreApplication::instance();
-    if (!app || wanted->isStopped())
-        return;
-    // Checked again on arrival: the work may be dropped while the result is on its way.
-    QMetaObject::invokeMethod(
-        app,
-        [self, wanted, apply, size] {
-            if (!wanted->isStopped())
-                apply(self, size);
-        },
-        Qt::QueuedConnection);
-}
-
-void AppController::measureInBackground(const NodePtr& node, const StopFlagPtr& wanted,
-                                        SizeHandler apply) {
-    sizeQueue->start([self = QPointer<AppController>(this), node, wanted,
-                      apply = std::move(apply)] { measureAndHandBack(self, node, wanted, apply); });
-}
 
 bool AppController::isShown(const Node& node) const {
     return display && display->isShown(node);
@@ -40,52 +15,94 @@ void AppController::ensureListed(const NodePtr& node) {
         return;
     // A listing made before this one, and discarded, counts no more.
     dropListingWork(*node);
-    NodeList children;
-    for (ListedEntry& entry : listFolder(node->url))
-        children.push_back(Node::make(std::move(entry.path), entry.isDir, node, entry.type));
-    node->children = std::move(children);
-    node->pending = qint64(node->children->size());
-    if (node->children->empty())
-        return;
+    node->children.emplace();
+    // The listing itself is outstanding until it has ended; each child folder from
+    // when it is listed until it is measured.
+    node->pending = 1;
     // Its results count for this listing only: once the listing is discarded (or one
-    // above it, or the tree is replaced), what is still queued is dropped and what is
-    // on its way ignored.
+    // above it, or the tree is replaced), its walk stops and what is on its way is
+    // ignored.
     const NodePtr folderAbove = node->parent.lock();
-    const StopFlagPtr wanted = StopFlag::make(listingFlags.value(folderAbove.get(), treeFlag));
-    listingFlags.insert(node.get(), wanted);
-    // One measurement per child. A large folder has tens of thousands: they are put on
-    // the queue from a worker, so the interface does not wait for the queueing itself.
-    QPointer<AppController> self(this);
-    sizeQueue->start([self, wanted, pool = sizeQueue, folder = node, children = *node->children] {
-        for (const NodePtr& child : children) {
-            if (wanted->isStopped())
-                return;
-            pool->start([self, wanted, child, folder] {
-                measureAndHandBack(self, child, wanted,
-                                   [child, folder](QPointer<AppController> self, qint64 size) {
-                                       if (self)
-                                           self->applyChildSize(child, folder, size);
-                                   });
-            });
-        }
-    });
+    const auto above = listings.constFind(folderAbove.get());
+    const StopFlagPtr wanted =
+        StopFlag::make(above != listings.constEnd() ? above->wanted : treeFlag);
+    auto receiver = std::make_shared<ListingReceiver>(inbox, this, node, wanted);
+    listings.insert(node.get(), {wanted, engine->walkFolder(node->url, std::move(receiver))});
 }
 
-void AppController::dropListingWork(const Node& folder) {
-    if (const StopFlagPtr wanted = listingFlags.take(&folder))
-        wanted->stop();
+void AppController::applyListedEntries(const NodePtr& folder,
+                                       const std::vector<WalkEntry>& entries) {
+    NodeList& children = *folder->children;
+    const size_t first = children.size();
+    children.reserve(first + entries.size());
+    for (const WalkEntry& entry : entries) {
+        NodePtr child =
+            Node::make(childPath(folder->url, entry.name), entry.isDir, folder, entry.kind);
+        if (entry.isDir)
+            folder->pending += 1;
+        else
+            child->size = entry.bytes;
+        children.push_back(std::move(child));
+    }
+    if (display)
+        display->rowsAppended(folder, first, entries.size());
 }
 
-void AppController::applyChildSize(const NodePtr& child, const NodePtr& folder, qint64 size) {
+void AppController::applyChildSize(const NodePtr& folder, size_t index, qint64 size) {
+    const NodePtr& child = folder->children->at(index);
     child->size = size;
     if (isShown(*child))
         display->redrawRow(child);
+    settleOneMeasurement(folder);
+}
+
+void AppController::settleOneMeasurement(const NodePtr& folder) {
     folder->pending -= 1;
     if (folder->pending != 0)
         return;
-    if (folder->children)
-        std::stable_sort(folder->children->begin(), folder->children->end(),
-                         [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
+    std::stable_sort(folder->children->begin(), folder->children->end(),
+                     [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
     if (display && (isShown(*folder) || folder == rootNode))
         display->redrawRowAndChildren(folder);
+}
+
+void AppController::applyFolderTotal(const NodePtr& folder, qint64 size) {
+    // The root's total comes from its own listing's walk (or from recompute, when that
+    // listing was discarded first); a deeper folder keeps the size its parent's walk
+    // gave it, so its level stays in the order it was sorted in.
+    if (folder != rootNode)
+        return;
+    // Listed again after a change on disk: the status line keeps what the action said.
+    const bool first = folder->size < 0;
+    folder->size = size;
+    if (first)
+        applyRootTotal(folder);
+    else if (display)
+        display->redrawRowAndChildren(folder);
+}
+
+void AppController::dropListingWork(const Node& folder) {
+    const auto found = listings.constFind(&folder);
+    if (found == listings.constEnd())
+        return;
+    found->wanted->stop();
+    // The listings below it were made under its flag and are stopped with it.
+    for (auto listing = listings.begin(); listing != listings.end();) {
+        if (listing->wanted->isStopped()) {
+            listing->walk->cancel();
+            listing = listings.erase(listing);
+        } else {
+            ++listing;
+        }
+    }
+}
+
+void AppController::dropTreeWork() {
+    treeFlag->stop();
+    for (const Listing& listing : std::as_const(listings))
+        listing.walk->cancel();
+    listings.clear();
+    for (const Listing& measurement : std::as_const(remeasures))
+        measurement.walk->cancel();
+    remeasures.clear();
 }

@@ -74,14 +74,15 @@ private:
         if (DIR* dir = opendir(path.constData())) {
             while (const dirent* entry = isCancelled() ? nullptr : readdir(dir)) {
                 const QByteArray name(entry->d_name);
-                if (name == "." || name == ".." || name.startsWith("._"))
+                if (name == "." || name == "..")
                     continue;
                 const QByteArray child = childPath(path, name);
-                struct stat st {};
-                const bool isDir = lstat(child.constData(), &st) == 0 && S_ISDIR(st.st_mode);
+                // The kind the folder gives, so that listing never waits on a mount below.
+                const ItemKind kind = kindOfEntry(child, entry->d_type);
+                const bool isDir = kind == ItemKind::Folder;
                 if (isDir)
                     folders.emplace_back(listed + entries.size(), child);
-                entries.push_back({name, isDir, isDir ? -1 : fileAllocatedSize(child)});
+                entries.push_back({name, isDir, isDir ? -1 : fileAllocatedSize(child), kind});
                 if (entries.size() >= listingBatch)
                     handOver();
             }

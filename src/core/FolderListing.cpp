@@ -3,8 +3,6 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
-namespace {
-
 ItemKind kindOfMode(mode_t mode) {
     if (S_ISDIR(mode))
         return ItemKind::Folder;
@@ -12,6 +10,8 @@ ItemKind kindOfMode(mode_t mode) {
         return ItemKind::File;
     return S_ISLNK(mode) ? ItemKind::Link : ItemKind::Other;
 }
+
+namespace {
 
 ItemKind kindOfEntryType(unsigned char type) {
     switch (type) {
@@ -28,6 +28,14 @@ ItemKind kindOfEntryType(unsigned char type) {
 
 } // namespace
 
+ItemKind kindOfEntry(const QByteArray& path, unsigned char type) {
+    if (type != DT_UNKNOWN)
+        return kindOfEntryType(type);
+    // A file system that does not say; an entry whose kind cannot be read is a file.
+    struct stat st {};
+    return lstat(path.constData(), &st) == 0 ? kindOfMode(st.st_mode) : ItemKind::File;
+}
+
 QByteArray childPath(const QByteArray& folder, const QByteArray& name) {
     return folder.endsWith('/') ? folder + name : folder + '/' + name;
 }
@@ -41,13 +49,9 @@ std::vector<ListedEntry> listFolder(const QByteArray& folder) {
         const QByteArray name(entry->d_name);
         if (name == "." || name == "..")
             continue;
-        ListedEntry listed{childPath(folder, name), false, kindOfEntryType(entry->d_type)};
-        if (entry->d_type == DT_UNKNOWN) {
-            // A file system that does not say; an entry whose kind cannot be read is a file.
-            struct stat st {};
-            listed.type =
-                lstat(listed.path.constData(), &st) == 0 ? kindOfMode(st.st_mode) : ItemKind::File;
-        }
+        QByteArray path = childPath(folder, name);
+        const ItemKind kind = kindOfEntry(path, entry->d_type);
+        ListedEntry listed{std::move(path), false, kind};
         listed.isDir = listed.type == ItemKind::Folder;
         entries.push_back(std::move(listed));
     }

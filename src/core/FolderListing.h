@@ -3,6 +3,7 @@
 #include "core/Node.h"
 
 #include <QByteArray>
+#include <sys/types.h>
 #include <vector>
 
 struct ListedEntry {
@@ -15,6 +16,13 @@ struct ListedEntry {
 // isDir describes the entry itself: a link to a folder is not a folder. A folder that
 // cannot be read lists as empty.
 std::vector<ListedEntry> listFolder(const QByteArray& folder);
+
+// What an entry is, from its lstat mode.
+ItemKind kindOfMode(mode_t mode);
+
+// What the entry at path is, from the type its folder's listing gave (a DT_ constant),
+// asking the file system only when the listing did not say.
+ItemKind kindOfEntry(const QByteArray& path, unsigned char type);
 
 // The path of a child called name inside folder.
 QByteArray childPath(const QByteArray& folder, const QByteArray& name);

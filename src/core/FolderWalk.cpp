@@ -1,5 +1,6 @@
 #include "core/FolderWalk.h"
 
+#include "core/FolderListing.h"
 #include "core/SizeMeasure.h"
 #include "core/WalkScheduler.h"
 #include "platform/DirectoryReader.h"
@@ -7,6 +8,7 @@
 
 #include <array>
 #include <climits>
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -15,10 +17,6 @@ namespace {
 // Entries handed to the receiver at once: small enough that a huge folder shows
 // progress, large enough that the hand-off costs little.
 constexpr size_t listingBatch = 256;
-
-bool isCompanionFile(const char* name) {
-    return name[0] == '.' && name[1] == '_';
-}
 
 constexpr int belowFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
@@ -104,6 +102,10 @@ WalkDir::WalkDir(std::shared_ptr<WalkDir> parent, QByteArray name, const struct 
                  std::shared_ptr<ChildTally> child, bool countsForFolder)
     : parent(std::move(parent)), name(std::move(name)), dev(st.st_dev), ino(st.st_ino),
       child(std::move(child)), countsForFolder(countsForFolder) {}
+
+WalkDir::WalkDir(std::shared_ptr<WalkDir> parent, QByteArray name,
+                 std::shared_ptr<ChildTally> child)
+    : parent(std::move(parent)), name(std::move(name)), child(std::move(child)), unlooked(true) {}
 
 WalkDir::WalkDir(QByteArray path) : name(std::move(path)) {}
 
@@ -199,15 +201,25 @@ void FolderWalk::readWalkedFolder(const std::shared_ptr<WalkDir>& root, char* bu
     while (!isCancelled() && reader.readBatch()) {
         while (const char* rawName = reader.nextName()) {
             const QByteArray name(rawName);
-            const bool shown = listing && !isCompanionFile(rawName);
-            struct stat entry {};
-            if (fstatat(fd, rawName, &entry, AT_SYMLINK_NOFOLLOW) != 0) {
+            const bool shown = listing;
+            if (reader.lastType() == DT_DIR) {
+                // Listed at once and looked at by the worker that reads it: a folder
+                // that does not answer (a hung mount) holds up its own size only.
+                std::shared_ptr<ChildTally> child;
+                if (listing) {
+                    child = std::make_shared<ChildTally>(listed + entries.size());
+                    entries.push_back({name, true, -1, ItemKind::Folder});
+                }
+                found.push_back(std::make_shared<WalkDir>(root, name, child));
+            } else if (struct stat entry{};
+                       fstatat(fd, rawName, &entry, AT_SYMLINK_NOFOLLOW) != 0) {
                 // Neither du nor anyone can count it; the listing still shows it.
                 if (shown)
-                    entries.push_back({name, false, 0});
+                    entries.push_back({name, false, 0, ItemKind::File});
             } else if (!S_ISDIR(entry.st_mode)) {
                 if (shown)
-                    entries.push_back({name, false, qint64(entry.st_blocks) * 512});
+                    entries.push_back(
+                        {name, false, qint64(entry.st_blocks) * 512, kindOfMode(entry.st_mode)});
                 countFile(*root, entry, counts);
             } else {
                 std::shared_ptr<ChildTally> child;
@@ -215,7 +227,7 @@ void FolderWalk::readWalkedFolder(const std::shared_ptr<WalkDir>& root, char* bu
                     child = std::make_shared<ChildTally>(shown ? listed + entries.size()
                                                                : ChildTally::unlisted);
                 if (shown)
-                    entries.push_back({name, true, -1});
+                    entries.push_back({name, true, -1, ItemKind::Folder});
                 // A bind mount of the folder into itself: its child's du counts it once,
                 // the folder's own du not at all.
                 const bool countsForFolder = loopOf(*root, entry) == Loop::None;
@@ -248,6 +260,10 @@ void FolderWalk::readWalkedFolder(const std::shared_ptr<WalkDir>& root, char* bu
 void FolderWalk::readBelow(const std::shared_ptr<WalkDir>& dir, char* buffer,
                            WalkScheduler& scheduler) {
     Counts counts;
+    if (dir->unlooked && !lookAtFolderOfWalked(*dir, counts)) {
+        finish(*dir, counts, scheduler);
+        return;
+    }
     const int fd = openBelow(*dir);
     // A folder that cannot be opened counts its own size (already counted) and nothing
     // beneath, as du counts it.
@@ -281,6 +297,28 @@ void FolderWalk::readBelow(const std::shared_ptr<WalkDir>& dir, char* buffer,
         close(fd);
     }
     finish(*dir, counts, scheduler);
+}
+
+bool FolderWalk::lookAtFolderOfWalked(WalkDir& dir, Counts& counts) {
+    const QByteArray path = childPath(dir.parent->name, dir.name);
+    struct stat st {};
+    if (fstatat(AT_FDCWD, path.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+        return false; // gone since it was listed: nothing left to count
+    if (!S_ISDIR(st.st_mode)) {
+        countFile(dir, st, counts); // replaced by a file since it was listed
+        return false;
+    }
+    // A bind mount of the walked folder into itself: its child's du counts it once,
+    // the folder's own du not at all.
+    dir.countsForFolder = loopOf(*dir.parent, st) == Loop::None;
+    if (!dir.countsForFolder && !dir.child)
+        return false;
+    if (dir.countsForFolder)
+        counts.folder += st.st_blocks;
+    counts.child += st.st_blocks;
+    dir.dev = st.st_dev;
+    dir.ino = st.st_ino;
+    return isEntered(AT_FDCWD, path.constData(), st, dir.parent->dev);
 }
 
 void FolderWalk::countFile(const WalkDir& dir, const struct stat& st, Counts& counts) {

@@ -44,6 +44,8 @@ struct ChildTally {
 struct WalkDir {
     WalkDir(std::shared_ptr<WalkDir> parent, QByteArray name, const struct stat& st,
             std::shared_ptr<ChildTally> child, bool countsForFolder);
+    // A folder of the walked one, not looked at yet: the worker that reads it does.
+    WalkDir(std::shared_ptr<WalkDir> parent, QByteArray name, std::shared_ptr<ChildTally> child);
     // The walked folder itself: its path as given.
     explicit WalkDir(QByteArray path);
     ~WalkDir();
@@ -59,7 +61,9 @@ struct WalkDir {
     const std::shared_ptr<ChildTally> child;
     // False below a bind mount of the walked folder into one of its children: counted
     // for that child (its own du enters it) but not again for the folder.
-    const bool countsForFolder = true;
+    bool countsForFolder = true;
+    // Its own stat is still to be taken (by the worker that reads it, before it reads).
+    const bool unlooked = false;
 };
 
 // One walk: the folder's listing, its children's totals and its own, from one pass
@@ -95,6 +99,7 @@ private:
     void readWalkedFolder(const std::shared_ptr<WalkDir>& dir, char* buffer,
                           WalkScheduler& scheduler);
     void readBelow(const std::shared_ptr<WalkDir>& dir, char* buffer, WalkScheduler& scheduler);
+    bool lookAtFolderOfWalked(WalkDir& dir, Counts& counts);
     void countFile(const WalkDir& dir, const struct stat& st, Counts& counts);
     void queue(std::vector<std::shared_ptr<WalkDir>>& found, WalkScheduler& scheduler);
     void finish(const WalkDir& dir, const Counts& counts, WalkScheduler& scheduler);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Node.h"
+
 #include <QByteArray>
 #include <atomic>
 #include <functional>
@@ -18,6 +20,8 @@ struct WalkEntry {
     // Not a folder: its own allocated size. A folder: -1, its total follows through
     // WalkReceiver::childMeasured.
     qint64 bytes = -1;
+    // What the entry itself is, for its icon.
+    ItemKind kind = ItemKind::File;
 };
 
 // Receives one folder walk's results. Called on engine threads, never two calls at
@@ -26,8 +30,8 @@ struct WalkEntry {
 class WalkReceiver {
 public:
     virtual ~WalkReceiver() = default;
-    // The next entries, in the order the file system gives them and "._" companion
-    // files left out: the i-th entry ever delivered by this walk has index i. A few
+    // The next entries, in the order the file system gives them, hidden ones included:
+    // the i-th entry ever delivered by this walk has index i. A few
     // hundred at a time, so that a very large folder arrives progressively.
     virtual void entriesListed(std::vector<WalkEntry>&& batch) = 0;
     // Every entry is delivered; count is how many (0 when the folder can't be read).

@@ -11,6 +11,8 @@ public:
     virtual void showNewRoot(const NodePtr& root) = 0;
     // The node has a row on screen: it is in the tree and every ancestor is open.
     virtual bool isShown(const Node& node) const = 0;
+    // count children were added at the end of the folder's listing, from first on.
+    virtual void rowsAppended(const NodePtr& folder, size_t first, size_t count) = 0;
     // The node's cells show its current fields.
     virtual void redrawRow(const NodePtr& node) = 0;
     // The node's row and its children rows show the current children in their

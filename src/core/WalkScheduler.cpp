@@ -4,6 +4,7 @@
 #include "core/RevocableJobs.h"
 
 #include <algorithm>
+#include <chrono>
 
 WalkScheduler::WalkScheduler(QThreadPool* pool, int workers)
     : workers(workers), jobs(std::make_shared<RevocableJobs>(pool)) {}
@@ -105,5 +106,7 @@ void WalkScheduler::shutDown() {
     const int revoked = jobs->revokeWaiting();
     std::unique_lock held(lock);
     running -= revoked;
-    allStopped.wait(held, [this] { return running == 0; });
+    // A worker caught in a mount that never answers is not waited for: it holds what
+    // it still touches (its walk and this scheduler), and the quit goes on.
+    allStopped.wait_for(held, std::chrono::seconds(2), [this] { return running == 0; });
 }

@@ -27,7 +27,8 @@ public:
     void drop(FolderWalk& walk);
     // The walk has ended.
     void retire(FolderWalk& walk);
-    // Cancels every walk and returns once no worker runs.
+    // Cancels every walk and returns once no worker runs, or after two seconds when a
+    // worker is caught in the file system.
     void shutDown();
 
 private:

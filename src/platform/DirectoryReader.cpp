@@ -38,8 +38,10 @@ const char* DirectoryReader::nextName() {
     while (offset < filled) {
         const auto* entry = reinterpret_cast<const LinuxDirent64*>(buffer + offset);
         offset += entry->d_reclen;
-        if (!isDotOrDotDot(entry->d_name))
+        if (!isDotOrDotDot(entry->d_name)) {
+            type = entry->d_type;
             return entry->d_name;
+        }
     }
     return nullptr;
 }

@@ -13,6 +13,8 @@ public:
     bool readBatch();
     // The next name of the current run, "." and ".." left out; null when it is used up.
     const char* nextName();
+    // The kind the folder gives for the last name (DT_DIR, DT_REG, ..., DT_UNKNOWN).
+    unsigned char lastType() const { return type; }
 
 private:
     const int fd;
@@ -20,4 +22,5 @@ private:
     const size_t capacity;
     long filled = 0;
     long offset = 0;
+    unsigned char type = 0;
 };

@@ -154,6 +154,24 @@ void TreeModel::forgetSubtree(const Node& node) {
         forgetSubtree(*child);
 }
 
+void TreeModel::rowsAppended(const NodePtr& folder, size_t first, size_t count) {
+    const auto rows = rowsOf.find(folder.get());
+    // A folder not exposed yet shows all its children when it is; rows of another
+    // listing are replaced when that listing's end is drawn.
+    if (rows == rowsOf.end() || rows->size() != first || count == 0)
+        return;
+    const QModelIndex folderIndex = indexOf(*folder);
+    if (!folderIndex.isValid())
+        return;
+    const NodeList& children = *folder->children;
+    beginInsertRows(folderIndex, int(first), int(first + count) - 1);
+    rows->insert(rows->end(), children.begin() + qsizetype(first),
+                 children.begin() + qsizetype(first + count));
+    for (size_t row = first; row < first + count; ++row)
+        rowOf.insert(children[row].get(), int(row));
+    endInsertRows();
+}
+
 bool TreeModel::isShown(const Node& node) const {
     if (!rowOf.contains(&node))
         return false;

@@ -42,6 +42,7 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
     bool isShown(const Node& node) const override;
+    void rowsAppended(const NodePtr& folder, size_t first, size_t count) override;
     void redrawRow(const NodePtr& node) override;
     void redrawRowAndChildren(const NodePtr& node) override;
 

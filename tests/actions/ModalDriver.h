@@ -43,10 +43,12 @@ inline QAbstractButton* buttonTitled(QWidget* window, const QString& title) {
 inline void answerRename(const QString& shown, const QString& text,
                          std::function<void()> after = {}) {
     whenModal([shown, text, after](QWidget* dialog) {
-        // The focus is the active window's: activation may come a moment after showing.
+        // The focus is the active window's: activation, and the focus with it, may come
+        // a moment after showing.
         const bool active = QTest::qWaitForWindowActive(dialog);
         auto* field = dialog->findChild<QLineEdit*>(QStringLiteral("renameField"));
-        if (!active || !field || field->text() != shown || !field->hasFocus())
+        const bool focused = field && QTest::qWaitFor([field] { return field->hasFocus(); }, 2000);
+        if (!active || !field || field->text() != shown || !focused)
             return (void)dialog->close();
         field->selectAll();
         field->insert(text);

@@ -7,6 +7,7 @@
 #include "core/TreeDisplay.h"
 
 #include <QCoreApplication>
+#include <QTest>
 #include <QThread>
 #include <algorithm>
 
@@ -14,14 +15,23 @@ using namespace temptree;
 
 namespace {
 
-// Records what the size tree asks of the outline.
+// Records what the size tree asks of the outline; can act when rows first arrive.
 struct Recorder : TreeDisplay {
     QList<const Node*> childRedraws;
+    std::function<void(const NodePtr&)> onFirstRows;
     void showNewRoot(const NodePtr&) override {}
     bool isShown(const Node&) const override { return false; }
     void redrawRow(const NodePtr&) override {}
+    void rowsAppended(const NodePtr& folder, size_t, size_t) override {
+        if (const auto act = std::exchange(onFirstRows, {}))
+            act(folder);
+    }
     void redrawRowAndChildren(const NodePtr& node) override { childRedraws << node.get(); }
 };
+
+bool finished(const NodePtr& root) {
+    return QTest::qWaitFor([&] { return root->pending == 0 && root->size >= 0; }, 30000);
+}
 
 bool sortedLargestFirst(const NodeList& nodes) {
     return std::is_sorted(nodes.begin(), nodes.end(),
@@ -31,7 +41,13 @@ bool sortedLargestFirst(const NodeList& nodes) {
 // Waits until no worker of the queue is busy and what they handed back has arrived.
 void drain(QThreadPool* queue) {
     QTRY_VERIFY(queue->activeThreadCount() == 0);
-    QCoreApplication::processEvents();
+    QTest::qWait(50);
+}
+
+void engines() {
+    QTest::addColumn<QByteArray>("engine");
+    QTest::newRow("in-process") << QByteArray();
+    QTest::newRow("du") << QByteArray("du");
 }
 
 } // namespace
@@ -54,27 +70,40 @@ class TestTreeWork : public QObject {
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(tmp.isValid()); }
+    void init() {
+        QFETCH(QByteArray, engine);
+        qputenv("SIZELOOM_MEASURE", engine);
+    }
+    void cleanup() { qunsetenv("SIZELOOM_MEASURE"); }
 
-    // A change on disk refreshes a folder before its first results are in: those results
-    // reach neither the new listing's count nor its order.
+    // A change on disk refreshes a folder when its first rows are in, before any child
+    // folder's size is: the old listing's results reach neither the new listing's count
+    // nor its order.
+    void refreshBeforeFirstResults_data() { engines(); }
     void refreshBeforeFirstResults() {
         const QByteArray folder = foldersOfOneFile(5);
         writeFile(join(folder, "file"), 30000);
         AppController controller;
         Recorder outline;
         controller.display = &outline;
+        NodeList discarded;
+        outline.onFirstRows = [&](const NodePtr& root) {
+            discarded = *root->children;
+            controller.refreshParent(discarded.front());
+        };
         controller.openPath(folder);
         const NodePtr root = controller.rootNode;
-        const NodeList discarded = *root->children;
-        controller.refreshParent(discarded.front());
+        QTRY_VERIFY(!discarded.empty());
         QVERIFY(!root->children);
         controller.ensureListed(root); // as the outline asks again
-        QCOMPARE(root->pending, qint64(6));
+        QVERIFY(finished(root));
+        QCOMPARE(root->children->size(), size_t(6));
 
         drain(controller.sizeQueue);
         QCOMPARE(root->pending, qint64(0));
         for (const NodePtr& node : discarded)
-            QCOMPARE(node->size, qint64(-1));
+            if (node->isDir)
+                QCOMPARE(node->size, qint64(-1));
         for (const NodePtr& child : *root->children)
             QCOMPARE(child->size, child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
         QVERIFY(sortedLargestFirst(*root->children));
@@ -83,37 +112,47 @@ private Q_SLOTS:
 
     // Opening another folder drops what is still queued for the old tree: none of its
     // measurements is applied, and the new folder does not wait behind them.
+    void openingAnotherFolderDropsTheOldWork_data() { engines(); }
     void openingAnotherFolderDropsTheOldWork() {
         const QByteArray first = foldersOfOneFile(60);
         const QByteArray second = foldersOfOneFile(2);
         AppController controller;
+        Recorder outline;
+        controller.display = &outline;
+        // Opened again as soon as the first rows of the old folder are in.
+        outline.onFirstRows = [&](const NodePtr&) { controller.openPath(second); };
         controller.openPath(first);
         const NodePtr oldRoot = controller.rootNode;
+        QTRY_VERIFY(controller.rootNode != oldRoot);
         const NodeList oldChildren = *oldRoot->children;
-        controller.openPath(second);
+        QVERIFY(!oldChildren.empty());
         const NodePtr newRoot = controller.rootNode;
-        QTRY_VERIFY(newRoot->pending == 0 && newRoot->size >= 0);
+        QVERIFY(finished(newRoot));
         QCOMPARE(newRoot->size, duBytes(second));
 
         drain(controller.sizeQueue);
         QCOMPARE(oldRoot->size, qint64(-1));
+        QCOMPARE(oldRoot->children->size(), oldChildren.size());
         QVERIFY(std::ranges::all_of(oldChildren, [](const NodePtr& n) { return n->size < 0; }));
-        QCOMPARE(oldRoot->pending, qint64(60));
+        QVERIFY(oldRoot->pending > 0);
         QCOMPARE(childprocesses::count("du"), 0);
     }
 
     // Once the controller is gone no measurement starts, not even those that a worker
     // is still putting on the queue for a large folder, and no du is left running.
+    void noMeasurementOutlivesTheController_data() { engines(); }
     void noMeasurementOutlivesTheController() {
         const QByteArray folder = foldersOfOneFile(3000, false);
         NodePtr root = Node::make(folder, true);
         NodeList children;
         {
             AppController controller;
+            Recorder outline;
+            controller.display = &outline;
             controller.ensureListed(root);
+            // Gone while measurements run, once the first rows are in.
+            QTRY_VERIFY(!root->children->empty());
             children = *root->children;
-            // Gone while measurements run.
-            QTRY_VERIFY(controller.sizeQueue->activeThreadCount() > 1);
         }
         const auto measured = [&] {
             return std::ranges::count_if(children, [](const NodePtr& n) { return n->size >= 0; });
@@ -127,11 +166,16 @@ private Q_SLOTS:
         // Queued work let go of the folder and applied nothing more.
         QTRY_COMPARE(root.use_count(), 1L);
         QCOMPARE(measured(), measuredWhileThere);
-        QVERIFY(measuredWhileThere < qsizetype(children.size()));
+        QCOMPARE(root->children->size(), children.size());
+        // The engine inside the program may well have finished so small a walk by then
+        // (its own tests stop walks midway); du has not.
+        if (qgetenv("SIZELOOM_MEASURE") == "du")
+            QVERIFY(root->pending > 0);
     }
 
     // A root reached through a symbolic link is the folder the link leads to, totals
     // included; links below the root stay links.
+    void rootThroughALink_data() { engines(); }
     void rootThroughALink() {
         const QByteArray folder = foldersOfOneFile(3);
         const QByteArray link = join(tmp.bytes(), "link-" + lastPathComponent(folder));
@@ -141,7 +185,7 @@ private Q_SLOTS:
         AppController controller;
         controller.openPath(link);
         const NodePtr root = controller.rootNode;
-        QTRY_VERIFY(root->size >= 0 && root->pending == 0);
+        QVERIFY(finished(root));
         const auto out = runForOutput("/usr/bin/du", {"-skL", "--", link});
         QVERIFY(out);
         QCOMPARE(root->size, out->left(out->indexOf('\t')).toLongLong() * 1024);

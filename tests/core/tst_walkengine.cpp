@@ -4,6 +4,7 @@
 #include "TempTree.h"
 #include "WalkRecorder.h"
 #include "core/DuEngine.h"
+#include "core/FolderListing.h"
 #include "core/FolderWalk.h"
 #include "core/InProcessEngine.h"
 #include "core/Node.h"
@@ -12,6 +13,7 @@
 #include <QStandardPaths>
 #include <QThreadPool>
 #include <dirent.h>
+#include <sys/stat.h>
 
 using namespace temptree;
 
@@ -27,7 +29,7 @@ qint64 du(const QByteArray& path, const QByteArray& option = {}) {
     return out ? out->left(out->indexOf('\t')).toLongLong() * 1024 : -1;
 }
 
-// The folder's entries as readdir and lstat give them, "._" files left out.
+// The folder's entries as readdir and lstat give them.
 std::vector<WalkEntry> expectedListing(const QByteArray& folder) {
     std::vector<WalkEntry> entries;
     DIR* dir = opendir(folder.constData());
@@ -35,12 +37,16 @@ std::vector<WalkEntry> expectedListing(const QByteArray& folder) {
         return entries;
     while (const dirent* entry = readdir(dir)) {
         const QByteArray name(entry->d_name);
-        if (name == "." || name == ".." || name.startsWith("._"))
+        if (name == "." || name == "..")
             continue;
         struct stat st {};
         const bool known = lstat(join(folder, name).constData(), &st) == 0;
         const bool isDir = known && S_ISDIR(st.st_mode);
-        entries.push_back({name, isDir, isDir ? -1 : known ? qint64(st.st_blocks) * 512 : 0});
+        entries.push_back({name, isDir,
+                           isDir   ? -1
+                           : known ? qint64(st.st_blocks) * 512
+                                   : 0,
+                           known ? kindOfMode(st.st_mode) : ItemKind::File});
     }
     closedir(dir);
     return entries;
@@ -154,12 +160,13 @@ void buildTree(const QByteArray& kind, const QByteArray& folder) {
         }
         writeFile(join(folder, "--help"), 7000);
         writeFile(join(folder, "caf\xe9"), 3000);
-    } else if (kind == "companion files") {
+    } else if (kind == "\"._\" names") {
         writeFile(join(folder, "._shown"), 40000);
         makeDir(join(folder, "._folder"));
         writeFile(join(folder, "._folder/inside"), 90000);
         makeDir(join(folder, "shown"));
         writeFile(join(folder, "shown/._inside"), 9000);
+        QCOMPARE(mkfifo(join(folder, "._fifo").constData(), 0600), 0);
     } else if (kind == "empty folder") {
     } else if (kind == "empty children") {
         makeDir(join(folder, "e1"));
@@ -197,6 +204,7 @@ void checkAgainstDu(WalkRecorder& walk, const QByteArray& folder,
         const WalkEntry& entry = walk.entries[i];
         QCOMPARE(entry.name, expected[i].name);
         QCOMPARE(entry.isDir, expected[i].isDir);
+        QCOMPARE(entry.kind, expected[i].kind);
         if (!entry.isDir) {
             QCOMPARE(entry.bytes, expected[i].bytes);
             continue;
@@ -253,7 +261,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("tree");
         for (const char* tree :
              {"files and folders", "hard links within one child", "hard links across children",
-              "sparse files", "symbolic links", "awkward names", "companion files", "empty folder",
+              "sparse files", "symbolic links", "awkward names", "\"._\" names", "empty folder",
               "empty children", "deep chain", "many children"})
             for (const QByteArray& engine : engineKinds)
                 QTest::addRow("%s, %s engine", tree, engine.constData())

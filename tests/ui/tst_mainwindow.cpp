@@ -100,16 +100,31 @@ private Q_SLOTS:
         checkFace(c, true);
         QCOMPARE(c.pathField->text(), path);
         QCOMPARE(c.status->text(), path + QString::fromUtf8("  ·  Calculating…"));
-        // Nothing is applied before the event loop runs: every size is still unknown and
-        // the rows are in listing order.
-        const QModelIndex firstSize = f.model().index(0, TreeModel::SizeColumn, f.rootIndex());
-        QCOMPARE(firstSize.data().toString(), QString::fromUtf8("Calculating…"));
-        QVERIFY(firstSize.data(Qt::ForegroundRole).isValid());
-        QVERIFY(firstSize.siblingAtColumn(TreeModel::ShareColumn).data().toString().isEmpty());
-        c.outline->expand(f.childNamed(f.rootIndex(), "small"));
-        c.outline->expand(f.childNamed(f.rootIndex(), "big"));
-        c.outline->setCurrentIndex(f.childNamed(f.rootIndex(), "small"));
-        const NodePtr big = f.model().nodeAt(f.childNamed(f.rootIndex(), "big"));
+        // Nothing is applied before the event loop runs: the root's size is unknown and
+        // it has no rows yet.
+        const QModelIndex rootSize = f.model().index(0, TreeModel::SizeColumn);
+        QCOMPARE(rootSize.data().toString(), QString::fromUtf8("Calculating…"));
+        QVERIFY(rootSize.data(Qt::ForegroundRole).isValid());
+        QCOMPARE(f.model().rowCount(f.rootIndex()), 0);
+        // As the rows arrive, in listing order and before the level is sorted, two are
+        // opened and one selected, as a person might.
+        NodePtr big;
+        QMetaObject::Connection arriving;
+        arriving = connect(&f.model(), &QAbstractItemModel::rowsInserted, this, [&] {
+            const QModelIndex smallRow = f.childNamed(f.rootIndex(), "small");
+            const QModelIndex bigRow = f.childNamed(f.rootIndex(), "big");
+            if (!smallRow.isValid() || !bigRow.isValid())
+                return;
+            disconnect(arriving);
+            const QModelIndex bigSize = bigRow.siblingAtColumn(TreeModel::SizeColumn);
+            QCOMPARE(bigSize.data().toString(), QString::fromUtf8("Calculating…"));
+            QVERIFY(bigSize.siblingAtColumn(TreeModel::ShareColumn).data().toString().isEmpty());
+            c.outline->expand(smallRow);
+            c.outline->expand(bigRow);
+            c.outline->setCurrentIndex(smallRow);
+            big = f.model().nodeAt(bigRow);
+        });
+        QTRY_VERIFY(big);
 
         QVERIFY(f.settled());
         QVERIFY(f.listed(big));

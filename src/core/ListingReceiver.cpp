@@ -1,0 +1,44 @@
+#include "core/ListingReceiver.h"
+
+#include "app/AppController.h"
+
+ListingReceiver::ListingReceiver(std::shared_ptr<MainThreadInbox> inbox,
+                                 QPointer<AppController> controller, NodePtr folder,
+                                 StopFlagPtr wanted)
+    : inbox(std::move(inbox)), controller(std::move(controller)), folder(std::move(folder)),
+      wanted(std::move(wanted)) {}
+
+void ListingReceiver::handOver(std::function<void(AppController&, const NodePtr&)> apply) {
+    if (wanted->isStopped())
+        return;
+    inbox->post(
+        [controller = controller, folder = folder, wanted = wanted, apply = std::move(apply)] {
+            // Checked again on arrival: the listing may be dropped while this waited.
+            if (controller && !wanted->isStopped())
+                apply(*controller, folder);
+        });
+}
+
+void ListingReceiver::entriesListed(std::vector<WalkEntry>&& batch) {
+    handOver([batch = std::move(batch)](AppController& controller, const NodePtr& folder) {
+        controller.applyListedEntries(folder, batch);
+    });
+}
+
+void ListingReceiver::listingEnded(size_t) {
+    handOver([](AppController& controller, const NodePtr& folder) {
+        controller.settleOneMeasurement(folder);
+    });
+}
+
+void ListingReceiver::childMeasured(size_t index, qint64 bytes) {
+    handOver([index, bytes](AppController& controller, const NodePtr& folder) {
+        controller.applyChildSize(folder, index, bytes);
+    });
+}
+
+void ListingReceiver::walkEnded(qint64 folderBytes) {
+    handOver([folderBytes](AppController& controller, const NodePtr& folder) {
+        controller.applyFolderTotal(folder, folderBytes);
+    });
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "core/MainThreadInbox.h"
+#include "core/MeasureEngine.h"
+#include "core/StopFlag.h"
+
+#include <QPointer>
+
+class AppController;
+
+// Takes one folder's walk from the engine's threads to the controller on the main
+// thread. What arrives once the listing is no longer wanted (discarded, another folder
+// opened, the controller gone) is dropped there.
+class ListingReceiver : public WalkReceiver {
+public:
+    ListingReceiver(std::shared_ptr<MainThreadInbox> inbox, QPointer<AppController> controller,
+                    NodePtr folder, StopFlagPtr wanted);
+
+    void entriesListed(std::vector<WalkEntry>&& batch) override;
+    void listingEnded(size_t count) override;
+    void childMeasured(size_t index, qint64 bytes) override;
+    void walkEnded(qint64 folderBytes) override;
+
+private:
+    // Runs apply(controller) on the main thread while the listing is wanted.
+    void handOver(std::function<void(AppController&, const NodePtr&)> apply);
+
+    const std::shared_ptr<MainThreadInbox> inbox;
+    const QPointer<AppController> controller;
+    const NodePtr folder;
+    const StopFlagPtr wanted;
+};
