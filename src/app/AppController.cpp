@@ -5,12 +5,14 @@ AppController::AppController(QObject* parent)
       treeFlag(StopFlag::make(lifeFlag)), inbox(MainThreadInbox::make()) {
     sizeQueue->setMaxThreadCount(6);
     engine = makeMeasureEngine(sizeQueue);
+    inbox->afterSlice = [this] { announceNewRows(); };
 }
 
 AppController::~AppController() {
     // Nothing queued starts now, and the du children that are running end, so the
     // workers come back at once.
     lifeFlag->stop();
+    inbox->afterSlice = nullptr;
     dropTreeWork();
     engine.reset();
     sizeQueue->clear();

@@ -151,6 +151,8 @@ private:
     friend class ListingReceiver;
     void applyListedEntries(const NodePtr& folder, const std::vector<WalkEntry>& entries);
     void applyChildSize(const NodePtr& folder, size_t index, qint64 size);
+    // Tells the display of the rows listed since the last time; after each slice.
+    void announceNewRows();
     void applyFolderTotal(const NodePtr& folder, qint64 size);
     // One of the folder's outstanding measurements (or its listing) is in: once none
     // is left, the level is sorted largest first.
@@ -181,6 +183,8 @@ private:
     std::unique_ptr<MeasureEngine> engine;
     // Brings the engine's results to the main thread in slices.
     const std::shared_ptr<MainThreadInbox> inbox;
+    // Folders with rows listed but not yet announced, and the first of those rows.
+    std::vector<std::pair<NodePtr, size_t>> unannounced;
     void revealItem(const QByteArray& path);
     // Through the desktop's previewer, else in our own window; toggle closes a shown one.
     void quickLook(const NodePtr& node, bool toggle);

@@ -33,8 +33,10 @@ void AppController::ensureListed(const NodePtr& node) {
 void AppController::applyListedEntries(const NodePtr& folder,
                                        const std::vector<WalkEntry>& entries) {
     NodeList& children = *folder->children;
-    const size_t first = children.size();
-    children.reserve(first + entries.size());
+    // The outline hears of the new rows once per slice, not once per batch: each
+    // announcement makes it lay out the whole open level again.
+    if (std::ranges::none_of(unannounced, [&](const auto& run) { return run.first == folder; }))
+        unannounced.emplace_back(folder, children.size());
     for (const WalkEntry& entry : entries) {
         NodePtr child =
             Node::make(childPath(folder->url, entry.name), entry.isDir, folder, entry.kind);
@@ -44,8 +46,13 @@ void AppController::applyListedEntries(const NodePtr& folder,
             child->size = entry.bytes;
         children.push_back(std::move(child));
     }
-    if (display)
-        display->rowsAppended(folder, first, entries.size());
+}
+
+void AppController::announceNewRows() {
+    for (const auto& [folder, first] : std::exchange(unannounced, {}))
+        // A listing discarded meanwhile has no rows to announce.
+        if (display && folder->children && folder->children->size() > first)
+            display->rowsAppended(folder, first, folder->children->size() - first);
 }
 
 void AppController::applyChildSize(const NodePtr& folder, size_t index, qint64 size) {
@@ -60,6 +67,8 @@ void AppController::settleOneMeasurement(const NodePtr& folder) {
     folder->pending -= 1;
     if (folder->pending != 0)
         return;
+    // The rows first, so that the sort moves them rather than replacing the level.
+    announceNewRows();
     std::stable_sort(folder->children->begin(), folder->children->end(),
                      [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
     if (display && (isShown(*folder) || folder == rootNode))

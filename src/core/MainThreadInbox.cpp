@@ -26,22 +26,26 @@ void MainThreadInbox::scheduleDrain() {
 void MainThreadInbox::drain() {
     QElapsedTimer slice;
     slice.start();
+    bool applied = false;
     for (;;) {
         std::function<void()> next;
         {
             std::lock_guard guard(lock);
             if (waiting.empty()) {
                 drainScheduled = false;
-                return;
+                break;
             }
             if (slice.elapsed() >= sliceMs) {
                 // The rest after the event loop's next turn.
                 scheduleDrain();
-                return;
+                break;
             }
             next = std::move(waiting.front());
             waiting.pop_front();
         }
         next();
+        applied = true;
     }
+    if (applied && afterSlice)
+        afterSlice();
 }

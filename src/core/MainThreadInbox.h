@@ -19,6 +19,8 @@ public:
     void post(std::function<void()> work);
     // Applies what has come, one slice at most; called by the event loop.
     void drain();
+    // Runs on the main thread after each slice that applied something.
+    std::function<void()> afterSlice;
 
     // Time one slice may take.
     static constexpr qint64 sliceMs = 8;
