@@ -69,6 +69,9 @@ void AppController::settleOneMeasurement(const NodePtr& folder) {
         return;
     // The rows first, so that the sort moves them rather than replacing the level.
     announceNewRows();
+    // The display may have had the listing dropped, or started again, meanwhile.
+    if (!listings.contains(folder.get()) || !folder->children || folder->pending != 0)
+        return;
     std::stable_sort(folder->children->begin(), folder->children->end(),
                      [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
     if (display && (isShown(*folder) || folder == rootNode))

@@ -155,17 +155,19 @@ void TreeModel::forgetSubtree(const Node& node) {
 }
 
 void TreeModel::rowsAppended(const NodePtr& folder, size_t first, size_t count) {
-    const auto rows = rowsOf.find(folder.get());
+    const auto rows = rowsOf.constFind(folder.get());
     // A folder not exposed yet shows all its children when it is; rows of another
     // listing are replaced when that listing's end is drawn.
-    if (rows == rowsOf.end() || rows->size() != first || count == 0)
+    if (rows == rowsOf.constEnd() || rows->size() != first || count == 0)
         return;
     const QModelIndex folderIndex = indexOf(*folder);
     if (!folderIndex.isValid())
         return;
     const NodeList& children = *folder->children;
     beginInsertRows(folderIndex, int(first), int(first + count) - 1);
-    rows->insert(rows->end(), children.begin() + qsizetype(first),
+    // Looked up again: views asked meanwhile may have exposed other folders.
+    NodeList& shown = rowsOf[folder.get()];
+    shown.insert(shown.end(), children.begin() + qsizetype(first),
                  children.begin() + qsizetype(first + count));
     for (size_t row = first; row < first + count; ++row)
         rowOf.insert(children[row].get(), int(row));
