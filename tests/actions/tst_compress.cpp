@@ -54,16 +54,6 @@ class TestCompress : public QObject {
     Q_OBJECT
     Dir tmp;
 
-    void openAt(WindowFixture& f, const QByteArray& folder) {
-        f.c.window->show();
-        f.c.openPath(folder);
-        QVERIFY(f.settled());
-    }
-    void pick(WindowFixture& f, const QByteArray& name) {
-        f.c.menuNode = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
-        QVERIFY(f.c.menuNode);
-    }
-
 private Q_SLOTS:
     void initTestCase() { QVERIFY(tmp.isValid()); }
 
@@ -88,8 +78,8 @@ private Q_SLOTS:
         const QByteArray before = treeFacts(top);
 
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, "Photos.2024");
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("Photos.2024"));
         f.c.ctxCompress();
         QCOMPARE(f.c.status->text(), QString("Compressing… Photos.2024"));
         QTRY_COMPARE(f.c.status->text(), QString("Compressed → Photos.zip"));
@@ -120,10 +110,10 @@ private Q_SLOTS:
         writeBytes(join(folder, "report.txt"), "txt");
         writeBytes(join(folder, "report.zip"), "not ours");
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, "report.pdf");
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("report.pdf"));
         f.c.ctxCompress();
-        pick(f, "report.txt");
+        QVERIFY(f.pick("report.txt"));
         f.c.ctxCompress();
         QTRY_VERIFY(f.c.status->text().startsWith("Compressed → report "));
         QTRY_VERIFY(
@@ -162,8 +152,8 @@ private Q_SLOTS:
         };
         const QByteArray before = contents();
         WindowFixture f;
-        openAt(f, volume);
-        pick(f, "noise.bin");
+        QVERIFY(f.openAt(volume));
+        QVERIFY(f.pick("noise.bin"));
         f.c.ctxCompress();
         QTRY_COMPARE(f.c.status->text(), QString("Compressing failed: noise.bin"));
         QCOMPARE(contents(), before);
@@ -180,8 +170,8 @@ private Q_SLOTS:
         QCOMPARE(pwrite(fd, "end", 3, size - 3), ssize_t(3));
         close(fd);
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, "disk.img");
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("disk.img"));
         f.c.ctxCompress();
         QTRY_COMPARE_WITH_TIMEOUT(f.c.status->text(), QString("Compressed → disk.zip"), 240000);
         const QString archive = QFile::decodeName(join(folder, "disk.zip"));
@@ -200,8 +190,8 @@ private Q_SLOTS:
         const QByteArray archive = join(folder, "disk.zip");
         {
             WindowFixture f;
-            openAt(f, folder);
-            pick(f, "disk.img");
+            QVERIFY(f.openAt(folder));
+            QVERIFY(f.pick("disk.img"));
             f.c.ctxCompress();
             QTRY_VERIFY(QFileInfo(QFile::decodeName(archive)).size() > 0);
         }

@@ -44,16 +44,6 @@ class TestDuplicate : public QObject {
     Q_OBJECT
     Dir tmp;
 
-    void openAt(WindowFixture& f, const QByteArray& folder) {
-        f.c.window->show();
-        f.c.openPath(folder);
-        QVERIFY(f.settled());
-    }
-    void pick(WindowFixture& f, const QByteArray& name) {
-        f.c.menuNode = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
-        QVERIFY(f.c.menuNode);
-    }
-
     // A folder of everything a copy must keep: modes, times (set last, folders too),
     // links relative and dangling, a sparse file, a name that is not UTF-8.
     QByteArray richFolder(const QByteArray& parent) {
@@ -90,9 +80,9 @@ private Q_SLOTS:
         makeDir(join(folder, "Photos"));
         symlink("gone", join(folder, "Photos copy").constData());
         WindowFixture f;
-        openAt(f, folder);
+        QVERIFY(f.openAt(folder));
         for (const QByteArray item : {"report.pdf", "report.pdf", "Photos"}) {
-            pick(f, item);
+            QVERIFY(f.pick(item));
             f.c.ctxDuplicate();
             QVERIFY(f.listed(f.c.rootNode));
         }
@@ -110,8 +100,8 @@ private Q_SLOTS:
         const QByteArray source = richFolder(folder);
         const QByteArray before = treeFacts(source);
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, "Photos");
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("Photos"));
         f.c.ctxDuplicate();
         const QByteArray copy = join(folder, "Photos copy");
         QCOMPARE(treeFacts(copy), before);
@@ -147,8 +137,8 @@ private Q_SLOTS:
         const QByteArray before = listing(volume);
         const QByteArray sum = runForOutput("/usr/bin/du", {"-ab", item}).value_or("");
         WindowFixture f;
-        openAt(f, volume);
-        pick(f, lastPathComponent(item));
+        QVERIFY(f.openAt(volume));
+        QVERIFY(f.pick(lastPathComponent(item)));
         SeenAlert seen;
         dismissAlert(&seen);
         f.c.ctxDuplicate();
@@ -164,8 +154,8 @@ private Q_SLOTS:
         const QByteArray folder = tmp.freshFolder();
         writeBytes(join(folder, "doomed"), "x");
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, "doomed");
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("doomed"));
         QCOMPARE(unlink(join(folder, "doomed").constData()), 0);
         SeenAlert seen;
         dismissAlert(&seen);
@@ -181,8 +171,8 @@ private Q_SLOTS:
         const QByteArray folder = tmp.freshFolder();
         writeBytes(join(folder, "notes.txt"), "n");
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, "notes.txt");
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("notes.txt"));
         // Every worker held, so the copy cannot start before the dialog is answered.
         QSemaphore hold, held;
         const int workers = f.c.sizeQueue->maxThreadCount();

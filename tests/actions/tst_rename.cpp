@@ -52,16 +52,6 @@ class TestRename : public QObject {
     // The outline's rows of the root, once its listing is in.
     static QList<QByteArray> rootRows(WindowFixture& f) { return f.rowNames(f.rootIndex()); }
 
-    void openAt(WindowFixture& f, const QByteArray& folder) {
-        f.c.window->show();
-        f.c.openPath(folder);
-        QVERIFY(f.listed(f.c.rootNode));
-    }
-    void pick(WindowFixture& f, const QByteArray& name) {
-        f.c.menuNode = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
-        QVERIFY(f.c.menuNode);
-    }
-
 private Q_SLOTS:
     void initTestCase() { QVERIFY(tmp.isValid()); }
 
@@ -169,8 +159,8 @@ private Q_SLOTS:
         writeText(join(folder, "caf\xe9"), "latin");
         const QByteArray content = contentOf(join(folder, item));
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, item);
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick(item));
         answerRename(f.c.menuNode->name, typed);
         f.c.ctxRename();
         QVERIFY(!exists(join(folder, item)));
@@ -193,8 +183,8 @@ private Q_SLOTS:
         const QByteArray folder = sample();
         const QByteArray before = runForOutput("/bin/ls", {"-lR", "--", folder}).value_or("");
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, "a.txt");
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("a.txt"));
         const NodeList listing = *f.c.rootNode->children;
         if (typed.isNull())
             whenModal([](QWidget* dialog) {
@@ -234,8 +224,8 @@ private Q_SLOTS:
         const QByteArray folder = sample();
         const QByteArray before = runForOutput("/bin/ls", {"-lR", "--", folder}).value_or("");
         WindowFixture f;
-        openAt(f, folder);
-        pick(f, "a.txt");
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("a.txt"));
         const NodeList listing = *f.c.rootNode->children;
         SeenAlert seen;
         answerRename("a.txt", typed, [&] { dismissAlert(&seen); });

@@ -53,6 +53,17 @@ struct WindowFixture {
             return c.status->text().contains(QStringLiteral("Total")) && c.rootNode->pending == 0;
         });
     }
+    // The window shown on the folder, its level and total in.
+    bool openAt(const QByteArray& folder) {
+        c.window->show();
+        c.openPath(folder);
+        return settled();
+    }
+    // The root's child of that name as the menu's item, as a right-click on it does.
+    bool pick(const QByteArray& name) {
+        c.menuNode = model().nodeAt(childNamed(rootIndex(), name));
+        return c.menuNode != nullptr;
+    }
     bool listed(const NodePtr& folder) {
         return QTest::qWaitFor([&] { return folder->children && folder->pending == 0; });
     }
