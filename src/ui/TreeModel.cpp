@@ -97,7 +97,8 @@ bool TreeModel::hasChildren(const QModelIndex& parent) const {
 
 bool TreeModel::canFetchMore(const QModelIndex& parent) const {
     const Node* node = nodeOf(parent);
-    if (!node || !node->isDir || parent.column() != NameColumn || resetting)
+    if (!node || !node->isDir || parent.column() != NameColumn || resetting ||
+        changing.contains(node))
         return false;
     // Not exposed yet, or exposed from a listing that has since been discarded.
     return !rowsOf.contains(node) || !node->children;
@@ -121,11 +122,13 @@ void TreeModel::exposeChildren(const NodePtr& folder, const QModelIndex& folderI
         rowsOf.insert(folder.get(), {});
         return;
     }
+    changing.insert(folder.get());
     beginInsertRows(folderIndex, 0, int(children.size()) - 1);
     rowsOf.insert(folder.get(), children);
     for (size_t row = 0; row < children.size(); ++row)
         rowOf.insert(children[row].get(), int(row));
     endInsertRows();
+    changing.remove(folder.get());
 }
 
 void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderIndex) {
@@ -136,12 +139,14 @@ void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderI
         rowsOf.remove(&folder);
         return;
     }
+    changing.insert(&folder);
     beginRemoveRows(folderIndex, 0, int(rows->size()) - 1);
     // Keep the nodes alive until the view has let go of their indexes.
     const NodeList removed = rowsOf.take(&folder);
     for (const NodePtr& node : removed)
         forgetSubtree(*node);
     endRemoveRows();
+    changing.remove(&folder);
 }
 
 void TreeModel::forgetSubtree(const Node& node) {

@@ -5,6 +5,7 @@
 
 #include <QAbstractItemModel>
 #include <QHash>
+#include <QSet>
 #include <functional>
 
 class AppController;
@@ -61,4 +62,8 @@ private:
     QHash<const Node*, int> rowOf;
     RowIcons icons;
     bool resetting = false;
+    // Folders whose rows are being added or removed. Views and testers walk the model
+    // while a change is announced; a fetch they start on the same folder would change
+    // its rows a second time inside the first change.
+    QSet<const Node*> changing;
 };

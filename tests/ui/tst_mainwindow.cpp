@@ -202,6 +202,53 @@ private Q_SLOTS:
         QCOMPARE(c.status->text(), statusBefore); // the total line is not redone
     }
 
+    // Views and proxies may fetch any folder they can while the model announces a
+    // change; a fetch of the folder being changed must not change its rows again.
+    void fetchWhileRowsChange_data() {
+        QTest::addColumn<bool>("dropped");
+        QTest::newRow("listed rows shown") << false;
+        QTest::newRow("shown rows dropped") << true;
+    }
+    void fetchWhileRowsChange() {
+        QFETCH(bool, dropped);
+        WindowFixture f(false);
+        AppController& c = f.c;
+        QVERIFY(f.openAt(sampleTree()));
+        const QModelIndex big = f.childNamed(f.rootIndex(), "big");
+        const NodePtr bigNode = f.model().nodeAt(big);
+        if (dropped) {
+            f.model().fetchMore(big);
+            QVERIFY(f.listed(bigNode));
+        } else {
+            c.ensureListed(bigNode); // listed by the controller, not yet shown
+            QVERIFY(f.listed(bigNode));
+        }
+        int announced = f.model().rowCount(big);
+        const auto fetchAll = [&](const QModelIndex& parent) {
+            if (f.model().canFetchMore(parent))
+                f.model().fetchMore(parent);
+        };
+        const auto count = [&](int delta) {
+            announced += delta;
+            QCOMPARE(f.model().rowCount(big), announced);
+        };
+        TreeModel& m = f.model();
+        QObject::connect(&m, &QAbstractItemModel::rowsAboutToBeInserted, &m, fetchAll);
+        QObject::connect(&m, &QAbstractItemModel::rowsAboutToBeRemoved, &m, fetchAll);
+        QObject::connect(&m, &QAbstractItemModel::rowsInserted, &m,
+                         [&](const QModelIndex&, int first, int last) { count(last - first + 1); });
+        QObject::connect(&m, &QAbstractItemModel::rowsRemoved, &m,
+                         [&](const QModelIndex&, int first, int last) { count(first - last - 1); });
+        if (dropped)
+            c.refreshParent(bigNode->children->front());
+        else
+            f.model().fetchMore(big);
+        fetchAll(big); // what an opened row does once the change is over
+        QVERIFY(f.listed(bigNode));
+        QTRY_COMPARE(f.model().rowCount(big), 2);
+        QCOMPARE(announced, 2);
+    }
+
     void secondOpenWhileFirstMeasures() {
         WindowFixture f;
         AppController& c = f.c;
