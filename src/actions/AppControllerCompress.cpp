@@ -1,8 +1,8 @@
 // Compress: a zip archive beside the item, its name reserved at the request, written on
 // a worker; the status line tells the start and the end.
 #include "actions/ItemNaming.h"
-#include "actions/ItemPaths.h"
 #include "app/AppController.h"
+#include "core/Node.h"
 #include "platform/ZipArchive.h"
 
 #include <QCoreApplication>
@@ -92,11 +92,11 @@ void AppController::ctxCompress() {
                       });
     if (fd < 0) {
         if (status)
-            status->setText(t(QStringLiteral("compress_failed")) + node->name);
+            status->setText(t(QStringLiteral("compress_failed")) + node->name());
         return;
     }
     if (status)
-        status->setText(t(QStringLiteral("compressing")) + node->name);
+        status->setText(t(QStringLiteral("compressing")) + node->name());
 
     auto job = std::make_shared<CompressJob>(fd, childPath(folder, name));
     connect(this, &QObject::destroyed, QCoreApplication::instance(),
@@ -121,7 +121,7 @@ void AppController::ctxCompress() {
                             return;
                         if (self->status)
                             self->status->setText(
-                                error ? t(QStringLiteral("compress_failed")) + node->name
+                                error ? t(QStringLiteral("compress_failed")) + node->name()
                                       : t(QStringLiteral("compressed")) + displayPath(name));
                         self->refreshParent(node);
                     },

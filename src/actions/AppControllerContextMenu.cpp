@@ -35,7 +35,7 @@ QMenu* AppController::buildContextMenu(int row) {
     // A new menu every time, so its titles are in the language of the moment.
     auto* menu = new QMenu(outline);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->setAccessibleName(node->name);
+    menu->setAccessibleName(node->name());
     for (const MenuEntry& entry : kEntries) {
         if (!entry.titleKey) {
             menu->addSeparator();

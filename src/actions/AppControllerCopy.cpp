@@ -12,7 +12,7 @@ void AppController::ctxCopyFile() {
         return;
     QGuiApplication::clipboard()->setMimeData(fileCopyMimeData(menuNode->url).release());
     if (status)
-        status->setText(t(QStringLiteral("copied")) + menuNode->name);
+        status->setText(t(QStringLiteral("copied")) + menuNode->name());
 }
 
 void AppController::ctxCopyPath() {

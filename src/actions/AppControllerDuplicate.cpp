@@ -3,8 +3,8 @@
 #include "actions/CopyProgressDialog.h"
 #include "actions/ErrorAlert.h"
 #include "actions/ItemNaming.h"
-#include "actions/ItemPaths.h"
 #include "app/AppController.h"
+#include "core/Node.h"
 #include "platform/TreeCopy.h"
 
 #include <QCoreApplication>
@@ -41,7 +41,7 @@ void AppController::ctxDuplicate() {
     if (!node)
         return;
     const QString title = t(QStringLiteral("ctx_duplicate"));
-    CopyProgressDialog dialog(window, title, node->name);
+    CopyProgressDialog dialog(window, title, node->name());
     auto copy = std::make_shared<TreeCopy>();
     connect(&dialog, &CopyProgressDialog::cancelRequested, &dialog, [copy] { copy->cancel(); });
     QTimer progress;
@@ -72,7 +72,7 @@ void AppController::ctxDuplicate() {
     if (*result == ECANCELED)
         return; // what the copy made is gone again
     if (*result) {
-        showErrorAlert(window, title, node->name, *result);
+        showErrorAlert(window, title, node->name(), *result);
         return;
     }
     refreshParent(node);

@@ -1,9 +1,9 @@
 // Rename: a new name asked in a dialog, the move never replacing anything.
 #include "actions/ErrorAlert.h"
 #include "actions/ItemNaming.h"
-#include "actions/ItemPaths.h"
 #include "actions/RenameDialog.h"
 #include "app/AppController.h"
+#include "core/Node.h"
 #include "platform/RenameNoReplace.h"
 
 #include <QMainWindow>
@@ -13,10 +13,10 @@ void AppController::ctxRename() {
     const NodePtr node = menuNode;
     if (!node)
         return;
-    const std::optional<QString> typed = askNewName(window, node->name);
+    const std::optional<QString> typed = askNewName(window, node->name());
     if (!typed)
         return;
-    const RenameRequest request = renameRequest(*typed, node->name);
+    const RenameRequest request = renameRequest(*typed, node->name());
     if (request.kind == RenameRequest::Nothing)
         return;
     // A name with a slash would be a move into another folder: refused, never done.
@@ -26,7 +26,7 @@ void AppController::ctxRename() {
             : renameNoReplace(node->url,
                               childPath(deletingLastPathComponent(node->url), request.newName));
     if (error) {
-        showErrorAlert(window, t(QStringLiteral("rename_title")), node->name, error);
+        showErrorAlert(window, t(QStringLiteral("rename_title")), node->name(), error);
         return;
     }
     refreshParent(node);

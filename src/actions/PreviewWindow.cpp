@@ -15,7 +15,7 @@
 #include <QtConcurrentRun>
 
 PreviewWindow::PreviewWindow(const NodePtr& node, QObject* owner) : item(node) {
-    setUpItemWindow(this, node->name, owner);
+    setUpItemWindow(this, node->name(), owner);
     // Space closes as it opened: the key toggles the preview.
     auto* space = new QShortcut(QKeySequence(Qt::Key_Space), this);
     connect(space, &QShortcut::activated, this, &QWidget::close);
@@ -42,9 +42,9 @@ QWidget* PreviewWindow::makeSummary() {
     column->addStretch(1);
     QLabel* icon = makePlainLabel(QString(), summary);
     icon->setPixmap(iconForMimeType(content.mimeType).pixmap(QSize(128, 128)));
-    icon->setAccessibleName(item->name);
+    icon->setAccessibleName(item->name());
     column->addWidget(icon, 0, Qt::AlignHCenter);
-    QLabel* name = makePlainLabel(item->name, summary);
+    QLabel* name = makePlainLabel(item->name(), summary);
     name->setFont(uiFont(15, QFont::DemiBold));
     name->setWordWrap(true);
     name->setAlignment(Qt::AlignHCenter);
@@ -71,7 +71,7 @@ void PreviewWindow::showContent(const PreviewContent& loaded) {
         QLabel* image = makePlainLabel(QString(), this);
         image->setPixmap(pixmap);
         image->setAlignment(Qt::AlignCenter);
-        image->setAccessibleName(item->name);
+        image->setAccessibleName(item->name());
         next = image;
         break;
     }
@@ -81,7 +81,7 @@ void PreviewWindow::showContent(const PreviewContent& loaded) {
         text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
         text->setFont(monoFont(12));
         text->setPlainText(content.text);
-        text->setAccessibleName(item->name);
+        text->setAccessibleName(item->name());
         next = text;
         break;
     }

@@ -30,7 +30,7 @@ struct ReadFacts {
 } // namespace
 
 PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(node) {
-    setUpItemWindow(this, node->name, owner);
+    setUpItemWindow(this, node->name(), owner);
     setMinimumWidth(460);
 
     auto* column = new QVBoxLayout(this);
@@ -43,7 +43,7 @@ PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(n
                                                 : QStringLiteral("application/octet-stream"))
                         .pixmap(QSize(48, 48)));
     header->addWidget(icon);
-    QLabel* name = makePlainLabel(node->name, this);
+    QLabel* name = makePlainLabel(node->name(), this);
     name->setFont(uiFont(15, QFont::DemiBold));
     name->setWordWrap(true);
     name->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

@@ -15,7 +15,7 @@ void AppController::ensureListed(const NodePtr& node) {
         return;
     // A listing made before this one, and discarded, counts no more.
     dropListingWork(*node);
-    node->children.emplace();
+    node->children = std::make_unique<NodeList>();
     // The listing itself is outstanding until it has ended; each child folder from
     // when it is listed until it is measured.
     node->pending = 1;

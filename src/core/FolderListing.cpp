@@ -36,10 +36,6 @@ ItemKind kindOfEntry(const QByteArray& path, unsigned char type) {
     return lstat(path.constData(), &st) == 0 ? kindOfMode(st.st_mode) : ItemKind::File;
 }
 
-QByteArray childPath(const QByteArray& folder, const QByteArray& name) {
-    return folder.endsWith('/') ? folder + name : folder + '/' + name;
-}
-
 std::vector<ListedEntry> listFolder(const QByteArray& folder) {
     std::vector<ListedEntry> entries;
     DIR* dir = opendir(folder.constData());

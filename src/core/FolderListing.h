@@ -23,6 +23,3 @@ ItemKind kindOfMode(mode_t mode);
 // What the entry at path is, from the type its folder's listing gave (a DT_ constant),
 // asking the file system only when the listing did not say.
 ItemKind kindOfEntry(const QByteArray& path, unsigned char type);
-
-// The path of a child called name inside folder.
-QByteArray childPath(const QByteArray& folder, const QByteArray& name);

@@ -11,6 +11,18 @@ QByteArray withoutTrailingSlashes(QByteArray path) {
 
 } // namespace
 
+QByteArray childPath(const QByteArray& folder, const QByteArray& name) {
+    // Sized exactly: a node keeps its path for as long as it is in the tree, and
+    // appending would leave room to grow in every one of them.
+    const bool slash = !folder.endsWith('/');
+    QByteArray path;
+    path.reserve(folder.size() + qsizetype(slash) + name.size());
+    path.append(folder);
+    if (slash)
+        path.append('/');
+    return path.append(name);
+}
+
 QByteArray lastPathComponent(const QByteArray& path) {
     const QByteArray clean = withoutTrailingSlashes(path);
     const qsizetype slash = clean.lastIndexOf('/');
@@ -33,5 +45,9 @@ QString displayPath(const QByteArray& path) {
 }
 
 Node::Node(QByteArray url_, bool isDir_, const NodePtr& parent_, std::optional<ItemKind> kind_)
-    : url(std::move(url_)), name(displayPath(lastPathComponent(url))), isDir(isDir_),
+    : url(std::move(url_)), isDir(isDir_),
       kind(kind_.value_or(isDir_ ? ItemKind::Folder : ItemKind::File)), parent(parent_) {}
+
+QString Node::name() const {
+    return displayPath(lastPathComponent(url));
+}

@@ -31,19 +31,25 @@ public:
     // Absolute path in the file system's own bytes; never converted, so a name
     // that is not valid UTF-8 still reaches du, rename and the archive intact.
     const QByteArray url;
-    // Display name; invalid bytes become replacement characters here only.
-    const QString name;
     const bool isDir;
     // A folder or a file unless the listing said otherwise.
     const ItemKind kind;
+    // Child folders still being measured, plus one while the listing runs.
+    int pending = 0;
 
     std::weak_ptr<Node> parent;
     qint64 size = -1;
-    // Absent: not listed (or listing discarded). Empty: listed and empty.
-    std::optional<NodeList> children;
-    qint64 pending = 0;
+    // Absent: not listed (or listing discarded). Empty: listed and empty. A pointer,
+    // not an optional: most nodes are files, and a large folder holds many of them.
+    std::unique_ptr<NodeList> children;
+
+    // Display name, made when shown rather than kept: invalid bytes become
+    // replacement characters here only.
+    QString name() const;
 };
 
+// The path of `name` inside `folder` ("/" + "a" is "/a", not "//a").
+QByteArray childPath(const QByteArray& folder, const QByteArray& name);
 // The last path component, or the whole path when that component is empty ("/").
 QByteArray lastPathComponent(const QByteArray& path);
 // The path with its last component removed ("/" stays "/").

@@ -16,7 +16,7 @@ QIcon RowIcons::icon(const Node& node) const {
         break;
     }
     // By the name alone: the contents are not read.
-    return iconOfType(types.mimeTypeForFile(node.name, QMimeDatabase::MatchExtension),
+    return iconOfType(types.mimeTypeForFile(node.name(), QMimeDatabase::MatchExtension),
                       QFileIconProvider::File);
 }
 

@@ -255,7 +255,7 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
     switch (index.column()) {
     case NameColumn:
         if (role == Qt::DisplayRole)
-            return node->name;
+            return node->name();
         if (role == Qt::DecorationRole)
             return icons.icon(*node);
         break;

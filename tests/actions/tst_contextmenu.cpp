@@ -104,7 +104,7 @@ private Q_SLOTS:
         QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(menu.data());
         QVERIFY(reader);
         QCOMPARE(reader->role(), QAccessible::PopupMenu);
-        QCOMPARE(reader->text(QAccessible::Name), node->name);
+        QCOMPARE(reader->text(QAccessible::Name), node->name());
         QCOMPARE(reader->childCount(), kEnglishMenu.size());
         for (int i = 0; i < reader->childCount(); ++i) {
             const bool separator = kEnglishMenu[i] == QLatin1String("-");

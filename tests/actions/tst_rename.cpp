@@ -161,7 +161,7 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick(item));
-        answerRename(f.c.menuNode->name, typed);
+        answerRename(f.c.menuNode->name(), typed);
         f.c.ctxRename();
         QVERIFY(!exists(join(folder, item)));
         QCOMPARE(contentOf(join(folder, newName)), content);

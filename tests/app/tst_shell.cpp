@@ -127,8 +127,9 @@ private Q_SLOTS:
         if (open)
             c.rootNode = Node::make("/srv/data", true);
         if (listed)
-            c.rootNode->children = NodeList{Node::make("/srv/data/a", false, c.rootNode),
-                                            Node::make("/srv/data/b", true, c.rootNode)};
+            c.rootNode->children =
+                std::make_unique<NodeList>(NodeList{Node::make("/srv/data/a", false, c.rootNode),
+                                                    Node::make("/srv/data/b", true, c.rootNode)});
         c.langRadioChanged(Lang::ru);
         QCOMPARE(c.status->text(), line);
     }

@@ -103,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(root->children->size(), size_t(6));
 
         drain(controller.sizeQueue);
-        QCOMPARE(root->pending, qint64(0));
+        QCOMPARE(root->pending, 0);
         for (size_t i = 0; i < discarded.size(); ++i)
             QCOMPARE(discarded[i]->size, sizesWhenDiscarded[qsizetype(i)]);
         for (const NodePtr& child : *root->children)

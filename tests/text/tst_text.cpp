@@ -198,13 +198,14 @@ private Q_SLOTS:
         const NodePtr root = Node::make("/data/caf\xe9", true);
         root->size = size;
         if (children >= 0) {
-            root->children.emplace();
+            root->children = std::make_unique<NodeList>();
             for (int i = 0; i < children; ++i)
                 root->children->push_back(
                     Node::make("/data/x" + QByteArray::number(i), true, root));
             // Only direct children count, not the whole tree below the root.
             if (children > 0)
-                root->children->front()->children = NodeList{Node::make("/data/x0/a", false)};
+                root->children->front()->children =
+                    std::make_unique<NodeList>(NodeList{Node::make("/data/x0/a", false)});
         }
         QCOMPARE(statusLineForRoot(*root), line);
         if (!counted.isEmpty())
@@ -240,7 +241,7 @@ private Q_SLOTS:
             nodes.back()->size = size;
         }
         if (listed)
-            folder->children = nodes;
+            folder->children = std::make_unique<NodeList>(nodes);
         const QString expected = fraction < 0 ? QString() : ::barString(fraction);
         QCOMPARE(shareText(*nodes.front()), expected);
     }
