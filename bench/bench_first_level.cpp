@@ -24,6 +24,10 @@ public:
         if (node == root)
             QCoreApplication::quit();
     }
+    void reorderChildren(const NodePtr&, const std::function<void()>& reorder) override {
+        reorder();
+    }
+    void dropChildren(const NodePtr&) override {}
 
 private:
     NodePtr root;

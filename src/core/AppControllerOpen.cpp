@@ -73,6 +73,8 @@ void AppController::refreshParent(const NodePtr& node) {
     // The folder's listing goes, and with it every walk below it.
     if (const NodePtr folder = node->parent.lock()) {
         dropListingWork(*folder);
+        if (display)
+            display->dropChildren(folder);
         folder->children.reset();
         if (display && (isShown(*folder) || folder == rootNode))
             display->redrawRowAndChildren(folder);

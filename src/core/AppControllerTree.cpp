@@ -40,6 +40,7 @@ void AppController::applyListedEntries(const NodePtr& folder,
     for (const WalkEntry& entry : entries) {
         NodePtr child =
             Node::make(childPath(folder->url, entry.name), entry.isDir, folder, entry.kind);
+        child->indexInParent = int(children.size());
         if (entry.isDir)
             folder->pending += 1;
         else
@@ -72,8 +73,16 @@ void AppController::settleOneMeasurement(const NodePtr& folder) {
     // The display may have had the listing dropped, or started again, meanwhile.
     if (!listings.contains(folder.get()) || !folder->children || folder->pending != 0)
         return;
-    std::stable_sort(folder->children->begin(), folder->children->end(),
-                     [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
+    const auto largestFirst = [&children = *folder->children] {
+        std::stable_sort(children.begin(), children.end(),
+                         [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
+        for (size_t place = 0; place < children.size(); ++place)
+            children[place]->indexInParent = int(place);
+    };
+    if (display)
+        display->reorderChildren(folder, largestFirst);
+    else
+        largestFirst();
     if (display && (isShown(*folder) || folder == rootNode))
         display->redrawRowAndChildren(folder);
 }

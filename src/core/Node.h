@@ -36,6 +36,8 @@ public:
     const ItemKind kind;
     // Child folders still being measured, plus one while the listing runs.
     int pending = 0;
+    // Where the node is in its folder's children; kept up to date as they are sorted.
+    int indexInParent = 0;
 
     std::weak_ptr<Node> parent;
     qint64 size = -1;

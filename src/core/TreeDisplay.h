@@ -2,6 +2,8 @@
 
 #include "core/Node.h"
 
+#include <functional>
+
 // What the size tree needs from whatever shows it: the controller never talks to a
 // view directly, so the outline and test stand-ins plug in here.
 class TreeDisplay {
@@ -18,4 +20,10 @@ public:
     // The node's row and its children rows show the current children in their
     // current order (after a sort, a size change of the folder, or a discarded listing).
     virtual void redrawRowAndChildren(const NodePtr& node) = 0;
+    // The folder's children are about to be put in another order by `reorder`, which
+    // the display calls once, after telling its views and before showing the new order.
+    virtual void reorderChildren(const NodePtr& folder, const std::function<void()>& reorder) = 0;
+    // The folder's listing is about to be discarded: rows showing its children go now,
+    // while the children are still there.
+    virtual void dropChildren(const NodePtr& folder) = 0;
 };

@@ -14,11 +14,8 @@ TreeModel::TreeModel(AppController* controller, QObject* parent)
 
 void TreeModel::resetRoot() {
     beginResetModel();
-    rowsOf.clear();
-    rowOf.clear();
+    exposed.clear();
     root = controller->rootNode;
-    if (root)
-        rowOf.insert(root.get(), 0);
     // Views and testers walk the model while the reset is announced; nothing is
     // listed then, the root's listing comes when its row is opened.
     resetting = true;
@@ -36,6 +33,10 @@ Node* TreeModel::nodeOf(const QModelIndex& index) const {
     return index.isValid() ? static_cast<Node*>(index.internalPointer()) : nullptr;
 }
 
+int TreeModel::exposedRows(const Node& folder) const {
+    return exposed.value(&folder, 0);
+}
+
 NodePtr TreeModel::nodeAt(const QModelIndex& index) const {
     const Node* node = nodeOf(index);
     if (!node)
@@ -43,17 +44,23 @@ NodePtr TreeModel::nodeAt(const QModelIndex& index) const {
     if (node == root.get())
         return root;
     const NodePtr folder = node->parent.lock();
-    const auto rows = folder ? rowsOf.constFind(folder.get()) : rowsOf.constEnd();
-    if (rows == rowsOf.constEnd())
+    const size_t row = size_t(index.row());
+    if (!folder || !folder->children || row >= folder->children->size() ||
+        (*folder->children)[row].get() != node)
         return {};
-    return rows->at(size_t(rowOf.value(node)));
+    return (*folder->children)[row];
 }
 
 QModelIndex TreeModel::indexOf(const Node& node, int column) const {
-    const auto row = rowOf.constFind(&node);
-    if (row == rowOf.constEnd())
+    if (&node == root.get())
+        return createIndex(0, column, root.get());
+    const NodePtr folder = node.parent.lock();
+    if (!folder || node.indexInParent >= exposedRows(*folder))
         return {};
-    return createIndex(*row, column, &node);
+    // A node of a discarded listing may still be held by work on its way; it has no row.
+    if ((*folder->children)[size_t(node.indexInParent)].get() != &node)
+        return {};
+    return createIndex(node.indexInParent, column, &node);
 }
 
 QModelIndex TreeModel::index(int row, int column, const QModelIndex& parent) const {
@@ -61,10 +68,10 @@ QModelIndex TreeModel::index(int row, int column, const QModelIndex& parent) con
         return {};
     if (!parent.isValid())
         return row == 0 && root ? createIndex(0, column, root.get()) : QModelIndex();
-    const auto rows = rowsOf.constFind(nodeOf(parent));
-    if (rows == rowsOf.constEnd() || row >= int(rows->size()))
+    const Node* folder = nodeOf(parent);
+    if (parent.column() != NameColumn || row >= exposedRows(*folder))
         return {};
-    return createIndex(row, column, rows->at(size_t(row)).get());
+    return createIndex(row, column, (*folder->children)[size_t(row)].get());
 }
 
 QModelIndex TreeModel::parent(const QModelIndex& child) const {
@@ -80,8 +87,7 @@ int TreeModel::rowCount(const QModelIndex& parent) const {
         return root ? 1 : 0;
     if (parent.column() != NameColumn)
         return 0;
-    const auto rows = rowsOf.constFind(nodeOf(parent));
-    return rows == rowsOf.constEnd() ? 0 : int(rows->size());
+    return exposedRows(*nodeOf(parent));
 }
 
 int TreeModel::columnCount(const QModelIndex&) const {
@@ -100,16 +106,13 @@ bool TreeModel::canFetchMore(const QModelIndex& parent) const {
     if (!node || !node->isDir || parent.column() != NameColumn || resetting ||
         changing.contains(node))
         return false;
-    // Not exposed yet, or exposed from a listing that has since been discarded.
-    return !rowsOf.contains(node) || !node->children;
+    return !exposed.contains(node);
 }
 
 void TreeModel::fetchMore(const QModelIndex& parent) {
     const NodePtr folder = nodeAt(parent);
     if (!folder || !canFetchMore(parent))
         return;
-    if (rowsOf.contains(folder.get()))
-        removeExposedRows(*folder, parent);
     controller->ensureListed(folder);
     exposeChildren(folder, parent);
 }
@@ -117,70 +120,55 @@ void TreeModel::fetchMore(const QModelIndex& parent) {
 void TreeModel::exposeChildren(const NodePtr& folder, const QModelIndex& folderIndex) {
     if (!folder->children)
         return;
-    const NodeList& children = *folder->children;
-    if (children.empty()) {
-        rowsOf.insert(folder.get(), {});
+    const int count = int(folder->children->size());
+    if (count == 0) {
+        exposed.insert(folder.get(), 0);
         return;
     }
     changing.insert(folder.get());
-    beginInsertRows(folderIndex, 0, int(children.size()) - 1);
-    rowsOf.insert(folder.get(), children);
-    for (size_t row = 0; row < children.size(); ++row)
-        rowOf.insert(children[row].get(), int(row));
+    beginInsertRows(folderIndex, 0, count - 1);
+    exposed.insert(folder.get(), count);
     endInsertRows();
     changing.remove(folder.get());
 }
 
 void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderIndex) {
-    const auto rows = rowsOf.constFind(&folder);
-    if (rows == rowsOf.constEnd())
-        return;
-    if (rows->empty()) {
-        rowsOf.remove(&folder);
+    const int count = exposedRows(folder);
+    if (count == 0) {
+        exposed.remove(&folder);
         return;
     }
     changing.insert(&folder);
-    beginRemoveRows(folderIndex, 0, int(rows->size()) - 1);
-    // Keep the nodes alive until the view has let go of their indexes.
-    const NodeList removed = rowsOf.take(&folder);
-    for (const NodePtr& node : removed)
-        forgetSubtree(*node);
+    beginRemoveRows(folderIndex, 0, count - 1);
+    forgetExposed(folder);
     endRemoveRows();
     changing.remove(&folder);
 }
 
-void TreeModel::forgetSubtree(const Node& node) {
-    rowOf.remove(&node);
-    const auto rows = rowsOf.constFind(&node);
-    if (rows == rowsOf.constEnd())
+void TreeModel::forgetExposed(const Node& folder) {
+    // Only a folder with exposed rows can have exposed folders below it.
+    if (!exposed.remove(&folder) || !folder.children)
         return;
-    const NodeList children = rowsOf.take(&node);
-    for (const NodePtr& child : children)
-        forgetSubtree(*child);
+    for (const NodePtr& child : *folder.children)
+        if (child->isDir)
+            forgetExposed(*child);
 }
 
 void TreeModel::rowsAppended(const NodePtr& folder, size_t first, size_t count) {
-    const auto rows = rowsOf.constFind(folder.get());
-    // A folder not exposed yet shows all its children when it is; rows of another
-    // listing are replaced when that listing's end is drawn.
-    if (rows == rowsOf.constEnd() || rows->size() != first || count == 0)
+    const auto rows = exposed.constFind(folder.get());
+    // A folder not exposed yet shows all its children when it is.
+    if (rows == exposed.constEnd() || size_t(*rows) != first || count == 0)
         return;
     const QModelIndex folderIndex = indexOf(*folder);
     if (!folderIndex.isValid())
         return;
-    const NodeList& children = *folder->children;
     beginInsertRows(folderIndex, int(first), int(first + count) - 1);
-    // Looked up again: views asked meanwhile may have exposed other folders.
-    NodeList& shown = rowsOf[folder.get()];
-    shown.insert(shown.end(), children.begin() + qsizetype(first),
-                 children.begin() + qsizetype(first + count));
-    for (size_t row = first; row < first + count; ++row)
-        rowOf.insert(children[row].get(), int(row));
+    exposed.insert(folder.get(), int(first + count));
     endInsertRows();
 }
 
 bool TreeModel::isShown(const Node& node) const {
-    if (!rowOf.contains(&node))
+    if (!indexOf(node).isValid())
         return false;
     for (NodePtr folder = node.parent.lock(); folder; folder = folder->parent.lock())
         if (!isExpanded || !isExpanded(indexOf(*folder)))
@@ -200,43 +188,39 @@ void TreeModel::redrawRowAndChildren(const NodePtr& node) {
     if (!folderIndex.isValid())
         return;
     redrawRow(node);
-    const auto rows = rowsOf.constFind(node.get());
-    if (rows == rowsOf.constEnd())
-        return;
     if (!node->children) {
-        // The listing was discarded: drop the old rows; an open folder lists again now,
-        // a closed one when it is next opened.
-        removeExposedRows(*node, folderIndex);
+        // The listing was discarded (its rows went with it): an open folder lists
+        // again now, a closed one when it is next opened.
         if (isExpanded && isExpanded(folderIndex))
             fetchMore(folderIndex);
         return;
     }
-    if (*rows == *node->children) {
-        if (!rows->empty())
-            Q_EMIT dataChanged(index(0, SizeColumn, folderIndex),
-                               index(int(rows->size()) - 1, ShareColumn, folderIndex),
-                               {Qt::DisplayRole, Qt::ForegroundRole});
-        return;
-    }
-    reorderRows(node, folderIndex);
+    if (const int rows = exposedRows(*node); rows > 0)
+        Q_EMIT dataChanged(index(0, SizeColumn, folderIndex),
+                           index(rows - 1, ShareColumn, folderIndex),
+                           {Qt::DisplayRole, Qt::ForegroundRole});
 }
 
-void TreeModel::reorderRows(const NodePtr& folder, const QModelIndex& folderIndex) {
-    NodeList& rows = rowsOf[folder.get()];
-    if (rows.size() != folder->children->size()) {
-        // Not a reorder of the same nodes: show the new listing from scratch.
+void TreeModel::reorderChildren(const NodePtr& folder, const std::function<void()>& reorder) {
+    const QModelIndex folderIndex = indexOf(*folder);
+    const int rows = exposedRows(*folder);
+    if (!folderIndex.isValid() || rows == 0) {
+        reorder();
+        return;
+    }
+    if (size_t(rows) != folder->children->size()) {
+        // Not every child has a row: show the new order from scratch.
         removeExposedRows(*folder, folderIndex);
+        reorder();
         exposeChildren(folder, folderIndex);
         return;
     }
     Q_EMIT layoutAboutToBeChanged({QPersistentModelIndex(folderIndex)},
                                   QAbstractItemModel::VerticalSortHint);
-    rows = *folder->children;
-    for (size_t row = 0; row < rows.size(); ++row)
-        rowOf.insert(rows[row].get(), int(row));
+    const QModelIndexList before = persistentIndexList();
+    reorder();
     // Open rows stay open and the selection stays on its nodes: every persistent
     // index follows its node to the node's new row.
-    const QModelIndexList before = persistentIndexList();
     QModelIndexList after;
     after.reserve(before.size());
     for (const QModelIndex& old : before) {
@@ -246,6 +230,14 @@ void TreeModel::reorderRows(const NodePtr& folder, const QModelIndex& folderInde
     changePersistentIndexList(before, after);
     Q_EMIT layoutChanged({QPersistentModelIndex(folderIndex)},
                          QAbstractItemModel::VerticalSortHint);
+}
+
+void TreeModel::dropChildren(const NodePtr& folder) {
+    const QModelIndex folderIndex = indexOf(*folder);
+    if (folderIndex.isValid())
+        removeExposedRows(*folder, folderIndex);
+    else
+        forgetExposed(*folder);
 }
 
 QVariant TreeModel::data(const QModelIndex& index, int role) const {

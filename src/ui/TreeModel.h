@@ -11,9 +11,9 @@
 class AppController;
 
 // The outline's model: its items are the tree's nodes themselves, the root the one
-// top-level row. A folder's rows are what the model has exposed of its children; the
-// model keeps them (strongly) until it removes them, so a view never holds an index
-// to a freed node, and it knows every node's row without searching.
+// top-level row. A folder's rows are the first children of its listing that the model
+// has exposed; the tree tells the model before it reorders or drops a listing, so the
+// rows always are the children in their order, and a node's row is its place there.
 class TreeModel : public QAbstractItemModel, public TreeDisplay {
     Q_OBJECT
 public:
@@ -46,20 +46,21 @@ public:
     void rowsAppended(const NodePtr& folder, size_t first, size_t count) override;
     void redrawRow(const NodePtr& node) override;
     void redrawRowAndChildren(const NodePtr& node) override;
+    void reorderChildren(const NodePtr& folder, const std::function<void()>& reorder) override;
+    void dropChildren(const NodePtr& folder) override;
 
 private:
     Node* nodeOf(const QModelIndex& index) const;
     void exposeChildren(const NodePtr& folder, const QModelIndex& folderIndex);
     void removeExposedRows(const Node& folder, const QModelIndex& folderIndex);
-    void forgetSubtree(const Node& node);
-    void reorderRows(const NodePtr& folder, const QModelIndex& folderIndex);
+    void forgetExposed(const Node& folder);
+    int exposedRows(const Node& folder) const;
 
     AppController* controller;
     NodePtr root;
-    // Rows of every folder whose children the model has exposed, in row order.
-    QHash<const Node*, NodeList> rowsOf;
-    // Row of every node in the model, within its folder's rows.
-    QHash<const Node*, int> rowOf;
+    // How many of its children every folder with exposed rows shows. Nothing is kept
+    // per row: a large folder's rows cost the model nothing beyond the nodes.
+    QHash<const Node*, int> exposed;
     RowIcons icons;
     bool resetting = false;
     // Folders whose rows are being added or removed. Views and testers walk the model

@@ -49,6 +49,10 @@ struct Listing : TreeDisplay {
     }
     void redrawRow(const NodePtr& node) override { rowRedraws << node.get(); }
     void redrawRowAndChildren(const NodePtr& node) override { childRedraws << node.get(); }
+    void reorderChildren(const NodePtr&, const std::function<void()>& reorder) override {
+        reorder();
+    }
+    void dropChildren(const NodePtr&) override {}
 };
 
 } // namespace

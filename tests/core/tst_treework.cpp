@@ -27,6 +27,10 @@ struct Recorder : TreeDisplay {
             act(folder);
     }
     void redrawRowAndChildren(const NodePtr& node) override { childRedraws << node.get(); }
+    void reorderChildren(const NodePtr&, const std::function<void()>& reorder) override {
+        reorder();
+    }
+    void dropChildren(const NodePtr&) override {}
 };
 
 bool finished(const NodePtr& root) {
