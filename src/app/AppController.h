@@ -155,8 +155,10 @@ private:
     void announceNewRows();
     void applyFolderTotal(const NodePtr& folder, qint64 size);
     // One of the folder's outstanding measurements (or its listing) is in: once none
-    // is left, the level is sorted largest first.
+    // is left, the level is sorted largest first on the event loop's next turn.
     void settleOneMeasurement(const NodePtr& folder);
+    // Sorts the level, unless the listing it was measured for is gone.
+    void sortLevel(const NodePtr& folder, const StopFlagPtr& wanted);
     void applyRootTotal(const NodePtr& root);
     // Stops the folder's current listing walk and every walk of the listings below it.
     void dropListingWork(const Node& folder);

@@ -65,14 +65,25 @@ void AppController::applyChildSize(const NodePtr& folder, size_t index, qint64 s
 }
 
 void AppController::settleOneMeasurement(const NodePtr& folder) {
-    folder->pending -= 1;
-    if (folder->pending != 0)
+    if (folder->pending > 1) {
+        folder->pending -= 1;
         return;
+    }
+    const StopFlagPtr wanted = listings.value(folder.get()).wanted;
     // The rows first, so that the sort moves them rather than replacing the level.
     announceNewRows();
+    // The sort, with the new layout it brings, is the longest step of a large level: it
+    // gets a turn of the event loop of its own. The level counts as measured once sorted.
+    QMetaObject::invokeMethod(
+        this, [this, folder, wanted] { sortLevel(folder, wanted); }, Qt::QueuedConnection);
+}
+
+void AppController::sortLevel(const NodePtr& folder, const StopFlagPtr& wanted) {
     // The display may have had the listing dropped, or started again, meanwhile.
-    if (!listings.contains(folder.get()) || !folder->children || folder->pending != 0)
+    const auto listing = listings.constFind(folder.get());
+    if (!wanted || listing == listings.constEnd() || listing->wanted != wanted || !folder->children)
         return;
+    folder->pending = 0;
     const auto largestFirst = [&children = *folder->children] {
         std::stable_sort(children.begin(), children.end(),
                          [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
