@@ -55,6 +55,14 @@ inline void writeFile(const QByteArray& path, qint64 bytes) {
     close(fd);
 }
 
+// A new file holding exactly `bytes`; never replaces one that is there.
+inline void writeBytes(const QByteArray& path, const QByteArray& bytes) {
+    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+    QVERIFY(fd >= 0);
+    QCOMPARE(write(fd, bytes.constData(), size_t(bytes.size())), ssize_t(bytes.size()));
+    close(fd);
+}
+
 inline qint64 statBlocksBytes(const QByteArray& path) {
     struct stat st {};
     if (lstat(path.constData(), &st) != 0)

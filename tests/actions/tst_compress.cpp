@@ -19,13 +19,6 @@ QByteArray treeFacts(const QByteArray& top) {
            runForOutput("/usr/bin/find", {top, "-type", "l", "-printf", "%P %l\\n"}).value_or("");
 }
 
-void writeBytes(const QByteArray& path, const QByteArray& bytes) {
-    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
-    QVERIFY(fd >= 0);
-    QCOMPARE(write(fd, bytes.constData(), size_t(bytes.size())), ssize_t(bytes.size()));
-    close(fd);
-}
-
 void setTime(const QByteArray& path, time_t seconds) {
     const timespec times[2] = {{seconds, 0}, {seconds, 0}};
     QCOMPARE(utimensat(AT_FDCWD, path.constData(), times, AT_SYMLINK_NOFOLLOW), 0);

@@ -26,13 +26,6 @@ QByteArray treeFacts(const QByteArray& folder) {
     return runForOutput("/usr/bin/find", {folder, "-printf", "%P %M %T@ %s %l\\n"}).value_or("");
 }
 
-void writeBytes(const QByteArray& path, const QByteArray& bytes) {
-    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
-    QVERIFY(fd >= 0);
-    QCOMPARE(write(fd, bytes.constData(), size_t(bytes.size())), ssize_t(bytes.size()));
-    close(fd);
-}
-
 void setTime(const QByteArray& path, time_t seconds) {
     const timespec times[2] = {{seconds, 0}, {seconds, 123456789}};
     QCOMPARE(utimensat(AT_FDCWD, path.constData(), times, AT_SYMLINK_NOFOLLOW), 0);

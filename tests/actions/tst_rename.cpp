@@ -18,13 +18,6 @@ QByteArray contentOf(const QByteArray& path) {
     return runForOutput("/bin/cat", {"--", path}).value_or("<missing>");
 }
 
-void writeText(const QByteArray& path, const QByteArray& text) {
-    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
-    QVERIFY(fd >= 0);
-    QCOMPARE(write(fd, text.constData(), size_t(text.size())), ssize_t(text.size()));
-    close(fd);
-}
-
 bool exists(const QByteArray& path) {
     struct stat info {};
     return lstat(path.constData(), &info) == 0;
@@ -41,11 +34,11 @@ class TestRename : public QObject {
     // a.txt ("a"), b.txt ("b"), an empty folder dir, a folder full holding f.
     QByteArray sample() {
         const QByteArray folder = tmp.freshFolder();
-        writeText(join(folder, "a.txt"), "a");
-        writeText(join(folder, "b.txt"), "b");
+        writeBytes(join(folder, "a.txt"), "a");
+        writeBytes(join(folder, "b.txt"), "b");
         makeDir(join(folder, "dir"));
         makeDir(join(folder, "full"));
-        writeText(join(folder, "full/f"), "f");
+        writeBytes(join(folder, "full/f"), "f");
         return folder;
     }
 
@@ -84,7 +77,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, to);
         QFETCH(int, error);
         const QByteArray folder = sample();
-        writeText(join(folder, "n\xe9"), "latin");
+        writeBytes(join(folder, "n\xe9"), "latin");
         QCOMPARE(link(join(folder, "a.txt").constData(), join(folder, "link").constData()), 0);
         const QByteArray before = runForOutput("/bin/ls", {"-lR", "--", folder}).value_or("");
         const QByteArray fromContent = contentOf(join(folder, from));
@@ -124,8 +117,8 @@ private Q_SLOTS:
         LoopImage image;
         LOOP_MOUNT_OR_SKIP(image, "CASES", type);
         const QByteArray folder = image.mountPoint;
-        writeText(join(folder, "photo.JPG"), "jpeg");
-        writeText(join(folder, "other.txt"), "other");
+        writeBytes(join(folder, "photo.JPG"), "jpeg");
+        writeBytes(join(folder, "other.txt"), "other");
         makeDir(join(folder, "Dir"));
         for (const Mover move : {renameNoReplace, renameNoReplaceByHand}) {
             QCOMPARE(move(join(folder, "photo.JPG"), join(folder, "photo.jpg")), 0);
@@ -156,7 +149,7 @@ private Q_SLOTS:
         QFETCH(QString, typed);
         QFETCH(QByteArray, newName);
         const QByteArray folder = sample();
-        writeText(join(folder, "caf\xe9"), "latin");
+        writeBytes(join(folder, "caf\xe9"), "latin");
         const QByteArray content = contentOf(join(folder, item));
         WindowFixture f;
         QVERIFY(f.openAt(folder));
