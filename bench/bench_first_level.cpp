@@ -63,7 +63,7 @@ int main(int argc, char** argv) {
 
     qint64 sum = 0;
     for (const NodePtr& child : *controller.rootNode->children)
-        sum += child->size;
+        sum += child->size();
     std::printf("folder            %s\n", folder.constData());
     std::printf("entries           %zu\n", controller.rootNode->children->size());
     std::printf("listing (main)    %10.1f ms\n", listedMs);

@@ -108,5 +108,5 @@ void PreviewWindow::retranslate() {
     if (typeLabel)
         typeLabel->setText(describeIn(content.typeNames, Loc::current));
     if (sizeLabel)
-        sizeLabel->setText(humanSize(item->size));
+        sizeLabel->setText(humanSize(item->size()));
 }

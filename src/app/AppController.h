@@ -6,6 +6,7 @@
 #include "core/StopFlag.h"
 #include "text/Lang.h"
 
+#include <QDeadlineTimer>
 #include <QHash>
 #include <QList>
 #include <QModelIndex>
@@ -151,14 +152,21 @@ private:
     friend class ListingReceiver;
     void applyListedEntries(const NodePtr& folder, const std::vector<WalkEntry>& entries);
     void applyChildSize(const NodePtr& folder, size_t index, qint64 size);
-    // Tells the display of the rows listed since the last time; after each slice.
-    void announceNewRows();
+    // Tells the display of the rows listed since the last time, after each slice; a
+    // large level once it has grown enough or its rows have waited long enough, and
+    // the level whose listing has just ended in any case.
+    void announceNewRows(const Node* listingEnded = nullptr);
+    void applyListingEnd(const NodePtr& folder);
     void applyFolderTotal(const NodePtr& folder, qint64 size);
     // One of the folder's outstanding measurements (or its listing) is in: once none
     // is left, the level is sorted largest first on the event loop's next turn.
     void settleOneMeasurement(const NodePtr& folder);
-    // Sorts the level, unless the listing it was measured for is gone.
-    void sortLevel(const NodePtr& folder, const StopFlagPtr& wanted);
+    // The folder's listing is still the one made under `wanted`.
+    bool isCurrentListing(const NodePtr& folder, const StopFlagPtr& wanted) const;
+    // Moves the level's children to their places, unless the listing they were
+    // measured for is gone.
+    void sortLevel(const NodePtr& folder, const StopFlagPtr& wanted,
+                   const std::vector<int>& places);
     void applyRootTotal(const NodePtr& root);
     // Stops the folder's current listing walk and every walk of the listings below it.
     void dropListingWork(const Node& folder);
@@ -185,8 +193,14 @@ private:
     std::unique_ptr<MeasureEngine> engine;
     // Brings the engine's results to the main thread in slices.
     const std::shared_ptr<MainThreadInbox> inbox;
-    // Folders with rows listed but not yet announced, and the first of those rows.
-    std::vector<std::pair<NodePtr, size_t>> unannounced;
+    // Folders with rows listed but not yet announced, the first of those rows, and how
+    // long they may still wait.
+    struct Unannounced {
+        NodePtr folder;
+        size_t first;
+        QDeadlineTimer held;
+    };
+    std::vector<Unannounced> unannounced;
     void revealItem(const QByteArray& path);
     // Through the desktop's previewer, else in our own window; toggle closes a shown one.
     void quickLook(const NodePtr& node, bool toggle);

@@ -56,7 +56,7 @@ void AppController::recompute(const NodePtr& node) {
             self->applyFolderTotal(node, size);
             return;
         }
-        node->size = size;
+        node->setSize(size);
         if (self->display && self->isShown(*node))
             self->display->redrawRow(node);
         // Ancestors one after another, each once the level below it is measured.
@@ -75,7 +75,7 @@ void AppController::refreshParent(const NodePtr& node) {
         dropListingWork(*folder);
         if (display)
             display->dropChildren(folder);
-        folder->children.reset();
+        folder->dropChildren();
         if (display && (isShown(*folder) || folder == rootNode))
             display->redrawRowAndChildren(folder);
         recompute(folder);

@@ -4,6 +4,7 @@
 #include "core/ListingReceiver.h"
 #include "core/TreeDisplay.h"
 
+#include <QTimer>
 #include <algorithm>
 
 bool AppController::isShown(const Node& node) const {
@@ -15,6 +16,7 @@ void AppController::ensureListed(const NodePtr& node) {
         return;
     // A listing made before this one, and discarded, counts no more.
     dropListingWork(*node);
+    std::erase_if(unannounced, [&](const Unannounced& run) { return run.folder == node; });
     node->children = std::make_unique<NodeList>();
     // The listing itself is outstanding until it has ended; each child folder from
     // when it is listed until it is measured.
@@ -33,32 +35,49 @@ void AppController::ensureListed(const NodePtr& node) {
 void AppController::applyListedEntries(const NodePtr& folder,
                                        const std::vector<WalkEntry>& entries) {
     NodeList& children = *folder->children;
-    // The outline hears of the new rows once per slice, not once per batch: each
+    // The outline hears of the new rows after a slice, not once per batch: each
     // announcement makes it lay out the whole open level again.
-    if (std::ranges::none_of(unannounced, [&](const auto& run) { return run.first == folder; }))
-        unannounced.emplace_back(folder, children.size());
+    if (std::ranges::none_of(unannounced,
+                             [&](const Unannounced& run) { return run.folder == folder; }))
+        unannounced.push_back({folder, children.size(), QDeadlineTimer(kRowsHeldAtMostMs)});
     for (const WalkEntry& entry : entries) {
         NodePtr child =
             Node::make(childPath(folder->url, entry.name), entry.isDir, folder, entry.kind);
         child->indexInParent = int(children.size());
+        children.push_back(child);
         if (entry.isDir)
             folder->pending += 1;
         else
-            child->size = entry.bytes;
-        children.push_back(std::move(child));
+            child->setSize(entry.bytes);
     }
 }
 
-void AppController::announceNewRows() {
-    for (const auto& [folder, first] : std::exchange(unannounced, {}))
+void AppController::announceNewRows(const Node* listingEnded) {
+    std::erase_if(unannounced, [&](const Unannounced& run) {
         // A listing discarded meanwhile has no rows to announce.
-        if (display && folder->children && folder->children->size() > first)
-            display->rowsAppended(folder, first, folder->children->size() - first);
+        if (!display || !run.folder->children)
+            return true;
+        const size_t listed = run.folder->children->size();
+        if (run.folder.get() != listingEnded && !run.held.hasExpired() &&
+            !worthAnnouncing(run.first, listed - run.first))
+            return false;
+        if (listed > run.first)
+            display->rowsAppended(run.folder, run.first, listed - run.first);
+        return true;
+    });
+}
+
+void AppController::applyListingEnd(const NodePtr& folder) {
+    const bool stillMeasuring = folder->pending > 1;
+    settleOneMeasurement(folder);
+    // The last rows go out now, however few, unless the sort brings them.
+    if (stillMeasuring)
+        announceNewRows(folder.get());
 }
 
 void AppController::applyChildSize(const NodePtr& folder, size_t index, qint64 size) {
     const NodePtr& child = folder->children->at(index);
-    child->size = size;
+    child->setSize(size);
     if (isShown(*child))
         display->redrawRow(child);
     settleOneMeasurement(folder);
@@ -70,26 +89,34 @@ void AppController::settleOneMeasurement(const NodePtr& folder) {
         return;
     }
     const StopFlagPtr wanted = listings.value(folder.get()).wanted;
-    // The rows first, so that the sort moves them rather than replacing the level.
-    announceNewRows();
-    // The sort, with the new layout it brings, is the longest step of a large level: it
-    // gets a turn of the event loop of its own. The level counts as measured once sorted.
-    QMetaObject::invokeMethod(
-        this, [this, folder, wanted] { sortLevel(folder, wanted); }, Qt::QueuedConnection);
+    // Sorting is the longest step of a large level, so it has turns of the event loop
+    // of its own: one reads the sizes and works out the order, the next moves the rows,
+    // and the outline lays the level out once, after that. The level counts as
+    // measured once sorted.
+    QTimer::singleShot(0, this, [this, folder, wanted] {
+        if (isCurrentListing(folder, wanted))
+            QTimer::singleShot(
+                0, this, [this, folder, wanted, places = largestFirstPlaces(*folder->children)] {
+                    sortLevel(folder, wanted, places);
+                });
+    });
 }
 
-void AppController::sortLevel(const NodePtr& folder, const StopFlagPtr& wanted) {
+bool AppController::isCurrentListing(const NodePtr& folder, const StopFlagPtr& wanted) const {
     // The display may have had the listing dropped, or started again, meanwhile.
     const auto listing = listings.constFind(folder.get());
-    if (!wanted || listing == listings.constEnd() || listing->wanted != wanted || !folder->children)
+    return wanted && listing != listings.constEnd() && listing->wanted == wanted &&
+           folder->children;
+}
+
+void AppController::sortLevel(const NodePtr& folder, const StopFlagPtr& wanted,
+                              const std::vector<int>& places) {
+    if (!isCurrentListing(folder, wanted) || places.size() != folder->children->size())
         return;
     folder->pending = 0;
-    const auto largestFirst = [&children = *folder->children] {
-        std::stable_sort(children.begin(), children.end(),
-                         [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
-        for (size_t place = 0; place < children.size(); ++place)
-            children[place]->indexInParent = int(place);
-    };
+    // The rows first, so that the sort moves them rather than replacing the level.
+    announceNewRows(folder.get());
+    const auto largestFirst = [&] { moveToPlaces(*folder->children, places); };
     if (display)
         display->reorderChildren(folder, largestFirst);
     else
@@ -105,8 +132,8 @@ void AppController::applyFolderTotal(const NodePtr& folder, qint64 size) {
     if (folder != rootNode)
         return;
     // Listed again after a change on disk: the status line keeps what the action said.
-    const bool first = folder->size < 0;
-    folder->size = size;
+    const bool first = folder->size() < 0;
+    folder->setSize(size);
     if (first)
         applyRootTotal(folder);
     else if (display)

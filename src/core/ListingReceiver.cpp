@@ -27,7 +27,7 @@ void ListingReceiver::entriesListed(std::vector<WalkEntry>&& batch) {
 
 void ListingReceiver::listingEnded(size_t) {
     handOver([](AppController& controller, const NodePtr& folder) {
-        controller.settleOneMeasurement(folder);
+        controller.applyListingEnd(folder);
     });
 }
 

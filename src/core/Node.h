@@ -40,16 +40,37 @@ public:
     int indexInParent = 0;
 
     std::weak_ptr<Node> parent;
-    qint64 size = -1;
     // Absent: not listed (or listing discarded). Empty: listed and empty. A pointer,
     // not an optional: most nodes are files, and a large folder holds many of them.
     std::unique_ptr<NodeList> children;
 
+    // Bytes on disk; negative while not measured yet.
+    qint64 size() const { return bytes; }
+    // Also keeps the folder's sum of its children's sizes up to date.
+    void setSize(qint64 size);
+    // The sum of the children's sizes, unmeasured ones counted as 0: what a row's share
+    // is taken of while its folder's own size is not known. Kept as sizes arrive, since
+    // a level of 100,000 rows would otherwise be summed once per painted row.
+    qint64 childrenTotal() const { return sizedChildrenTotal; }
+    // Forgets the listing: no children, and none of their sizes.
+    void dropChildren();
+
     // Display name, made when shown rather than kept: invalid bytes become
     // replacement characters here only.
     QString name() const;
+
+private:
+    qint64 bytes = -1;
+    qint64 sizedChildrenTotal = 0;
 };
 
+// Puts a level in the outline's order: largest first, equal sizes in the order they
+// were listed; each node's indexInParent follows.
+void sortLargestFirst(NodeList& children);
+// The same in two steps: the place in that order of each child, by listed index...
+std::vector<int> largestFirstPlaces(const NodeList& children);
+// ...and the children moved to those places.
+void moveToPlaces(NodeList& children, std::vector<int> places);
 // The path of `name` inside `folder` ("/" + "a" is "/a", not "//a").
 QByteArray childPath(const QByteArray& folder, const QByteArray& name);
 // The last path component, or the whole path when that component is empty ("/").

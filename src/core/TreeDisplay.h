@@ -2,7 +2,17 @@
 
 #include "core/Node.h"
 
+#include <QtGlobal>
 #include <functional>
+
+// Laying out a level costs an outline in proportion to its rows, so new rows of a large
+// level are announced once the level has grown by half (all its layouts together then
+// cost about three of the final one), or once they have waited kRowsHeldAtMostMs.
+constexpr size_t kRowsAlwaysAnnounced = 2000;
+constexpr qint64 kRowsHeldAtMostMs = 250;
+constexpr bool worthAnnouncing(size_t shownRows, size_t newRows) {
+    return shownRows < kRowsAlwaysAnnounced || newRows >= shownRows / 2;
+}
 
 // What the size tree needs from whatever shows it: the controller never talks to a
 // view directly, so the outline and test stand-ins plug in here.

@@ -9,7 +9,7 @@ QString statusSeparator() {
 }
 
 QString statusLineForRoot(const Node& root) {
-    if (root.size < 0 || !root.children)
+    if (root.size() < 0 || !root.children)
         return displayPath(root.url) + statusSeparator() + t(QStringLiteral("calculating"));
     return countedStatusLine(root);
 }
@@ -18,6 +18,6 @@ QString countedStatusLine(const Node& root) {
     QString counts = t(QStringLiteral("items_total"));
     const qsizetype count = root.children ? qsizetype(root.children->size()) : 0;
     counts.replace(QStringLiteral("%d"), QString::number(count));
-    counts.replace(QStringLiteral("%@"), humanSize(root.size));
+    counts.replace(QStringLiteral("%@"), humanSize(root.size()));
     return displayPath(root.url) + statusSeparator() + counts;
 }

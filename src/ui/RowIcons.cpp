@@ -2,6 +2,14 @@
 
 #include "core/Node.h"
 
+RowIcons::RowIcons() {
+    // The icon theme and the type database are read on first use, which takes a
+    // while: better while the window is being built than on an opened folder's first
+    // paint.
+    icon(Node("/", true, {}, ItemKind::Folder));
+    icon(Node("/a.txt", false, {}, ItemKind::File));
+}
+
 QIcon RowIcons::icon(const Node& node) const {
     switch (node.kind) {
     case ItemKind::Folder:

@@ -12,6 +12,7 @@ class Node;
 // answer would freeze the window), and each type's icon is looked up once.
 class RowIcons {
 public:
+    RowIcons();
     QIcon icon(const Node& node) const;
 
 private:

@@ -5,19 +5,12 @@
 
 QString shareText(const Node& node) {
     const NodePtr parent = node.parent.lock();
-    if (!parent || node.size < 0)
+    if (!parent || node.size() < 0)
         return {};
-    qint64 denominator = parent->size;
-    if (denominator <= 0) {
-        if (!parent->children) {
-            denominator = node.size;
-        } else {
-            denominator = 0;
-            for (const NodePtr& sibling : *parent->children)
-                denominator += std::max<qint64>(0, sibling->size);
-        }
-    }
+    qint64 denominator = parent->size();
+    if (denominator <= 0)
+        denominator = parent->children ? parent->childrenTotal() : node.size();
     if (denominator < 1)
         return {};
-    return barString(double(node.size) / double(denominator));
+    return barString(double(node.size()) / double(denominator));
 }

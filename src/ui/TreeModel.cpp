@@ -253,10 +253,10 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
         break;
     case SizeColumn:
         if (role == Qt::DisplayRole)
-            return humanSize(node->size);
+            return humanSize(node->size());
         if (role == Qt::TextAlignmentRole)
             return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
-        if (role == Qt::ForegroundRole && node->size < 0)
+        if (role == Qt::ForegroundRole && node->size() < 0)
             return tertiaryTextColor();
         break;
     case ShareColumn:

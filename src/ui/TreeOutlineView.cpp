@@ -3,6 +3,7 @@
 #include "ui/OutlineDelegate.h"
 #include "ui/Style.h"
 
+#include <QAccessible>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -142,6 +143,29 @@ void TreeOutlineView::mousePressEvent(QMouseEvent* event) {
         return;
     }
     QTreeView::mousePressEvent(event);
+}
+
+void TreeOutlineView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                                  const QList<int>& roles) {
+    // A large level changes as a whole at times (its shares, once its folder's total is
+    // in). Qt would work out, one changed row after another, which of them are on
+    // screen; with rows of one height, repainting what is on screen costs far less.
+    constexpr int kManyRows = 256;
+    if (bottomRight.row() - topLeft.row() < kManyRows || topLeft.parent() != bottomRight.parent()) {
+        QTreeView::dataChanged(topLeft, bottomRight, roles);
+        return;
+    }
+    viewport()->update();
+    // Screen readers hear of the change as the view would have told them.
+    if (QAccessible::isActive()) {
+        QAccessibleTableModelChangeEvent change(this,
+                                                QAccessibleTableModelChangeEvent::DataChanged);
+        change.setFirstRow(topLeft.row());
+        change.setFirstColumn(topLeft.column());
+        change.setLastRow(bottomRight.row());
+        change.setLastColumn(bottomRight.column());
+        QAccessible::updateAccessibility(&change);
+    }
 }
 
 void TreeOutlineView::keyPressEvent(QKeyEvent* event) {

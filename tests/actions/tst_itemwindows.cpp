@@ -50,7 +50,7 @@ class TestItemWindows : public QObject {
         struct stat st {};
         lstat(path.constData(), &st);
         const NodePtr made = Node::make(path, S_ISDIR(st.st_mode));
-        made->size = size;
+        made->setSize(size);
         return made;
     }
 

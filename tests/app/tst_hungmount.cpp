@@ -88,7 +88,7 @@ private Q_SLOTS:
         QTRY_COMPARE(f.rowNames(f.rootIndex()).size(), 2);
         f.c.window->grab();
         const NodePtr file = f.model().nodeAt(f.childNamed(f.rootIndex(), "file.txt"));
-        QTRY_COMPARE(file->size, statBlocksBytes(join(folder, "file.txt")));
+        QTRY_COMPARE(file->size(), statBlocksBytes(join(folder, "file.txt")));
         // du of the folder and of the silent volume wait in it.
         if (engine == "du")
             QTRY_COMPARE(childprocesses::count("du"), 2);
@@ -99,7 +99,7 @@ private Q_SLOTS:
         f.c.openPath(other);
         QVERIFY(f.settled());
         const NodePtr sub = f.model().nodeAt(f.childNamed(f.rootIndex(), "sub"));
-        QTRY_COMPARE(sub->size, duBytes(join(other, "sub")));
+        QTRY_COMPARE(sub->size(), duBytes(join(other, "sub")));
         QTRY_COMPARE(childprocesses::count("du"), 0);
         QVERIFY(!mount.rescued());
     }

@@ -84,7 +84,7 @@ private Q_SLOTS:
             {c.emptyTitle->text(), "Ordner hierher ziehen"},
             {columns.join('|'), "Name|Größe|Anteil (am Ordner)"},
             {c.status->text(),
-             tmp.path() + "  ·  0 Objekte  ·  Gesamt " + humanSize(c.rootNode->size)},
+             tmp.path() + "  ·  0 Objekte  ·  Gesamt " + humanSize(c.rootNode->size())},
             {c.volHeaderLabel->text(), "Speicher"},
             {c.grantButton->text(), "Vollständiger Festplattenzugriff…"}};
         for (const auto& [text, german] : shown)

@@ -36,7 +36,7 @@ struct Listing : TreeDisplay {
     }
     // Every entry listed and every size in, the root's own total too.
     bool finished() const {
-        return QTest::qWaitFor([this] { return root->pending == 0 && root->size >= 0; }, 60000);
+        return QTest::qWaitFor([this] { return root->pending == 0 && root->size() >= 0; }, 60000);
     }
     void showNewRoot(const NodePtr&) override {}
     bool isShown(const Node& node) const override { return allShown || shown.contains(&node); }
@@ -93,7 +93,8 @@ private Q_SLOTS:
             QCOMPARE(child->isDir, kind == ItemKind::Folder);
             if (child->url.endsWith("caf\xe9"))
                 QCOMPARE(child->name(), QString("caf\ufffd"));
-            QCOMPARE(child->size, child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
+            QCOMPARE(child->size(),
+                     child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
         }
     }
 
@@ -141,7 +142,8 @@ private Q_SLOTS:
         QCOMPARE(listing.childRedraws,
                  (QList<const Node*>{listing.root.get(), listing.root.get()}));
         for (const NodePtr& child : listingOrder)
-            QCOMPARE(child->size, child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
+            QCOMPARE(child->size(),
+                     child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
         // The three equal files keep the order in which the listing gave them.
         QList<QByteArray> expected = names(listingOrder);
         for (const char* name : {"large", "dir", "small", "empty"})
@@ -158,7 +160,7 @@ private Q_SLOTS:
         writeFile(join(folder, "a/x"), 90000);
         writeFile(join(folder, "y"), 5000);
         Listing listing(folder);
-        QTRY_COMPARE(listing.root->size, duBytes(folder));
+        QTRY_COMPARE(listing.root->size(), duBytes(folder));
     }
 
     void hiddenFolderIsNotRedrawn() {
@@ -172,7 +174,7 @@ private Q_SLOTS:
         const NodePtr sub = listing.root->children->front();
         listing.controller.ensureListed(sub); // listed, then collapsed: not shown
         QTRY_COMPARE(sub->pending, 0);
-        QCOMPARE(sub->children->front()->size, statBlocksBytes(join(folder, "sub/x")));
+        QCOMPARE(sub->children->front()->size(), statBlocksBytes(join(folder, "sub/x")));
         QVERIFY(listing.childRedraws.isEmpty());
         QVERIFY(listing.rowRedraws.isEmpty());
     }
@@ -197,10 +199,10 @@ private Q_SLOTS:
         }
         QCOMPARE(next, size_t(50000));
         QVERIFY(std::is_sorted(level.begin(), level.end(), [](const NodePtr& a, const NodePtr& b) {
-            return a->size > b->size;
+            return a->size() > b->size();
         }));
         QCOMPARE(lastPathComponent(level.front()->url), QByteArray("n45000"));
-        QCOMPARE(level.front()->size, statBlocksBytes(join(folder, "n45000")));
+        QCOMPARE(level.front()->size(), statBlocksBytes(join(folder, "n45000")));
     }
 
     void nodeNames_data() {
@@ -217,6 +219,41 @@ private Q_SLOTS:
         QFETCH(QByteArray, parentPath);
         QCOMPARE(Node(url, true).name(), name);
         QCOMPARE(deletingLastPathComponent(url), parentPath);
+    }
+
+    void largestFirst_data() {
+        QTest::addColumn<QList<qint64>>("sizes");
+        QTest::addColumn<QList<int>>("listedPlaces");
+        QTest::newRow("descending") << QList<qint64>{1, 3, 2} << QList<int>{1, 2, 0};
+        QTest::newRow("ties keep listed order")
+            << QList<qint64>{5, 9, 5, 9, 5} << QList<int>{1, 3, 0, 2, 4};
+        QTest::newRow("unmeasured last") << QList<qint64>{-1, 0, 4096} << QList<int>{2, 1, 0};
+        QTest::newRow("empty") << QList<qint64>{} << QList<int>{};
+        // Long enough that an unstable sort would mix the ties.
+        QList<qint64> manyTies;
+        QList<int> byThirds[3];
+        for (int place = 0; place < 300; ++place) {
+            manyTies << place % 3;
+            byThirds[2 - place % 3] << place;
+        }
+        QTest::newRow("many ties") << manyTies << byThirds[0] + byThirds[1] + byThirds[2];
+    }
+    void largestFirst() {
+        QFETCH(QList<qint64>, sizes);
+        QFETCH(QList<int>, listedPlaces);
+        const NodePtr folder = Node::make("/f", true);
+        NodeList level;
+        for (qint64 size : sizes) {
+            level.push_back(Node::make("/f/" + QByteArray::number(level.size()), false, folder));
+            level.back()->setSize(size);
+        }
+        const NodeList listed = level;
+        sortLargestFirst(level);
+        QCOMPARE(level.size(), listed.size());
+        for (size_t place = 0; place < level.size(); ++place) {
+            QCOMPARE(level[place], listed[size_t(listedPlaces[qsizetype(place)])]);
+            QCOMPARE(level[place]->indexInParent, int(place));
+        }
     }
 };
 

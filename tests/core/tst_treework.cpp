@@ -34,12 +34,12 @@ struct Recorder : TreeDisplay {
 };
 
 bool finished(const NodePtr& root) {
-    return QTest::qWaitFor([&] { return root->pending == 0 && root->size >= 0; }, 30000);
+    return QTest::qWaitFor([&] { return root->pending == 0 && root->size() >= 0; }, 30000);
 }
 
 bool sortedLargestFirst(const NodeList& nodes) {
     return std::is_sorted(nodes.begin(), nodes.end(),
-                          [](const NodePtr& a, const NodePtr& b) { return a->size > b->size; });
+                          [](const NodePtr& a, const NodePtr& b) { return a->size() > b->size(); });
 }
 
 // Waits until no worker of the queue is busy and what they handed back has arrived.
@@ -95,7 +95,7 @@ private Q_SLOTS:
         outline.onFirstRows = [&](const NodePtr& root) {
             discarded = *root->children;
             for (const NodePtr& node : discarded)
-                sizesWhenDiscarded << node->size;
+                sizesWhenDiscarded << node->size();
             controller.refreshParent(discarded.front());
         };
         controller.openPath(folder);
@@ -109,9 +109,10 @@ private Q_SLOTS:
         drain(controller.sizeQueue);
         QCOMPARE(root->pending, 0);
         for (size_t i = 0; i < discarded.size(); ++i)
-            QCOMPARE(discarded[i]->size, sizesWhenDiscarded[qsizetype(i)]);
+            QCOMPARE(discarded[i]->size(), sizesWhenDiscarded[qsizetype(i)]);
         for (const NodePtr& child : *root->children)
-            QCOMPARE(child->size, child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
+            QCOMPARE(child->size(),
+                     child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
         QVERIFY(sortedLargestFirst(*root->children));
         QVERIFY(outline.childRedraws.contains(root.get()));
     }
@@ -131,7 +132,7 @@ private Q_SLOTS:
         outline.onFirstRows = [&](const NodePtr& folder) {
             oldPending = folder->pending;
             for (const NodePtr& node : *folder->children)
-                oldSizes << node->size;
+                oldSizes << node->size();
             controller.openPath(second);
         };
         controller.openPath(first);
@@ -141,13 +142,13 @@ private Q_SLOTS:
         QVERIFY(!oldChildren.empty());
         const NodePtr newRoot = controller.rootNode;
         QVERIFY(finished(newRoot));
-        QCOMPARE(newRoot->size, duBytes(second));
+        QCOMPARE(newRoot->size(), duBytes(second));
 
         drain(controller.sizeQueue);
-        QCOMPARE(oldRoot->size, qint64(-1));
+        QCOMPARE(oldRoot->size(), qint64(-1));
         QCOMPARE(oldRoot->children->size(), oldChildren.size());
         for (size_t i = 0; i < oldChildren.size(); ++i)
-            QCOMPARE(oldChildren[i]->size, oldSizes[qsizetype(i)]);
+            QCOMPARE(oldChildren[i]->size(), oldSizes[qsizetype(i)]);
         QCOMPARE(oldRoot->pending, oldPending);
         QCOMPARE(childprocesses::count("du"), 0);
     }
@@ -169,7 +170,7 @@ private Q_SLOTS:
             children = *root->children;
         }
         const auto measured = [&] {
-            return std::ranges::count_if(children, [](const NodePtr& n) { return n->size >= 0; });
+            return std::ranges::count_if(children, [](const NodePtr& n) { return n->size() >= 0; });
         };
         const auto measuredWhileThere = measured();
         // Observed for a while: a du started late would show up here.
@@ -202,12 +203,12 @@ private Q_SLOTS:
         QVERIFY(finished(root));
         const auto out = runForOutput("/usr/bin/du", {"-skL", "--", link});
         QVERIFY(out);
-        QCOMPARE(root->size, out->left(out->indexOf('\t')).toLongLong() * 1024);
-        QCOMPARE(root->size, duBytes(folder));
+        QCOMPARE(root->size(), out->left(out->indexOf('\t')).toLongLong() * 1024);
+        QCOMPARE(root->size(), duBytes(folder));
         const auto inner = std::ranges::find(
             *root->children, "inner", [](const NodePtr& n) { return lastPathComponent(n->url); });
         QVERIFY(inner != root->children->end() && !(*inner)->isDir);
-        QCOMPARE((*inner)->size, statBlocksBytes(join(folder, "inner")));
+        QCOMPARE((*inner)->size(), statBlocksBytes(join(folder, "inner")));
     }
 };
 

@@ -196,7 +196,7 @@ private Q_SLOTS:
         QFETCH(QString, counted);
         Loc::current = *LangInfo::fromRawValue(lang);
         const NodePtr root = Node::make("/data/caf\xe9", true);
-        root->size = size;
+        root->setSize(size);
         if (children >= 0) {
             root->children = std::make_unique<NodeList>();
             for (int i = 0; i < children; ++i)
@@ -234,14 +234,21 @@ private Q_SLOTS:
         QFETCH(Sizes, children);
         QFETCH(double, fraction);
         const NodePtr folder = Node::make("/f", true);
-        folder->size = folderSize;
+        folder->setSize(folderSize);
+        if (listed)
+            folder->children = std::make_unique<NodeList>();
         NodeList nodes;
         for (qint64 size : children) {
-            nodes.push_back(Node::make("/f/c", false, folder));
-            nodes.back()->size = size;
+            const NodePtr node = Node::make("/f/c", false, folder);
+            if (listed) {
+                node->indexInParent = int(folder->children->size());
+                folder->children->push_back(node);
+            }
+            // Measured once before, as a re-measured item is: only the last size counts.
+            node->setSize(999);
+            node->setSize(size);
+            nodes.push_back(node);
         }
-        if (listed)
-            folder->children = std::make_unique<NodeList>(nodes);
         const QString expected = fraction < 0 ? QString() : ::barString(fraction);
         QCOMPARE(shareText(*nodes.front()), expected);
     }

@@ -48,6 +48,17 @@ private:
     std::thread watcher;
 };
 
+// What of a widget has been painted again.
+struct PaintedRegion : QObject {
+    explicit PaintedRegion(QWidget* widget) { widget->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent*>(event)->region();
+        return false;
+    }
+    QRegion region;
+};
+
 } // namespace
 
 class TestMainWindow : public QObject {
@@ -133,7 +144,7 @@ private Q_SLOTS:
         QVERIFY(f.model().index(0, TreeModel::ShareColumn).data().toString().isEmpty());
         const QModelIndex bigShare = f.model().index(0, TreeModel::ShareColumn, f.rootIndex());
         QCOMPARE(bigShare.data().toString(),
-                 barString(double(big->size) / double(c.rootNode->size)));
+                 barString(double(big->size()) / double(c.rootNode->size())));
         QVERIFY(
             !bigShare.siblingAtColumn(TreeModel::SizeColumn).data(Qt::ForegroundRole).isValid());
         const QModelIndex small = f.childNamed(f.rootIndex(), "small");
@@ -192,8 +203,8 @@ private Q_SLOTS:
             QCOMPARE(f.rowNames(f.rootIndex()), (Names{"new", "big", "mid", "small"}));
             return;
         }
-        QTRY_COMPARE(bigNode->size, duBytes(join(folder, "big")));
-        QTRY_COMPARE(c.rootNode->size, duBytes(folder));
+        QTRY_COMPARE(bigNode->size(), duBytes(join(folder, "big")));
+        QTRY_COMPARE(c.rootNode->size(), duBytes(folder));
         // A closed folder is not listed again until it is opened.
         QCOMPARE(bool(bigNode->children), where == "open");
         c.outline->expand(f.childNamed(f.rootIndex(), "big"));
@@ -264,7 +275,7 @@ private Q_SLOTS:
         QVERIFY(f.settled());
         // The first tree's work is dropped: it lets go of the old root without a result.
         QTRY_COMPARE_WITH_TIMEOUT(oldRoot.use_count(), 1L, 20000);
-        QCOMPARE(oldRoot->size, qint64(-1));
+        QCOMPARE(oldRoot->size(), qint64(-1));
         QVERIFY(c.status->text().startsWith(QFile::decodeName(second)));
         QCOMPARE(f.model().nodeAt(f.rootIndex()), c.rootNode);
         QCOMPARE(f.model().rowCount(f.rootIndex()), 4);
@@ -408,6 +419,25 @@ private Q_SLOTS:
         QVERIFY(f.c.status->text().startsWith(QFile::decodeName(marked)));
         QCOMPARE(f.c.status->sizeHint(), reference.sizeHint());
         QVERIFY(!watch.stop());
+    }
+
+    // A whole large level changes at once when its folder's total comes in: what is on
+    // screen is painted again.
+    void largeLevelRepaintedAsAWhole() {
+        WindowFixture f(false);
+        const QByteArray folder = tmp.freshFolder();
+        for (int i = 0; i < 600; ++i)
+            writeFile(join(folder, "f" + QByteArray::number(i)), 0);
+        QVERIFY(f.openAt(folder));
+        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
+        PaintedRegion painted(f.c.outline->viewport());
+        QTest::qWait(100);
+        painted.region = {};
+        f.model().redrawRowAndChildren(f.c.rootNode);
+        const QRect lastRowOnScreen = f.c.outline->visualRect(
+            f.c.outline->indexAt(f.c.outline->viewport()->rect().bottomLeft() - QPoint(0, 2)));
+        QVERIFY(!lastRowOnScreen.isEmpty());
+        QTRY_VERIFY(painted.region.contains(lastRowOnScreen));
     }
 
     void upButton() {
