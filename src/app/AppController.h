@@ -201,6 +201,8 @@ private:
         QDeadlineTimer held;
     };
     std::vector<Unannounced> unannounced;
+    // A look at the rows held back is due.
+    bool heldRowsTimed = false;
     void revealItem(const QByteArray& path);
     // Through the desktop's previewer, else in our own window; toggle closes a shown one.
     void quickLook(const NodePtr& node, bool toggle);

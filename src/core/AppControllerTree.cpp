@@ -53,18 +53,32 @@ void AppController::applyListedEntries(const NodePtr& folder,
 }
 
 void AppController::announceNewRows(const Node* listingEnded) {
-    std::erase_if(unannounced, [&](const Unannounced& run) {
+    // Sorted out before anything is announced: the display may call back into the
+    // controller while it takes in new rows.
+    std::vector<Unannounced> due;
+    for (Unannounced& run : std::exchange(unannounced, {})) {
         // A listing discarded meanwhile has no rows to announce.
         if (!display || !run.folder->children)
-            return true;
+            continue;
         const size_t listed = run.folder->children->size();
-        if (run.folder.get() != listingEnded && !run.held.hasExpired() &&
-            !worthAnnouncing(run.first, listed - run.first))
-            return false;
-        if (listed > run.first)
-            display->rowsAppended(run.folder, run.first, listed - run.first);
-        return true;
-    });
+        if (run.folder.get() == listingEnded || run.held.hasExpired() ||
+            worthAnnouncing(run.first, listed - run.first))
+            due.push_back(std::move(run));
+        else
+            unannounced.push_back(std::move(run));
+    }
+    // Rows held back go out when their time is up even if no more results come (a
+    // listing that stops halfway, on a slow network share).
+    if (!unannounced.empty() && !heldRowsTimed) {
+        heldRowsTimed = true;
+        QTimer::singleShot(kRowsHeldAtMostMs, this, [this] {
+            heldRowsTimed = false;
+            announceNewRows();
+        });
+    }
+    for (const Unannounced& run : due)
+        if (display && run.folder->children && run.folder->children->size() > run.first)
+            display->rowsAppended(run.folder, run.first, run.folder->children->size() - run.first);
 }
 
 void AppController::applyListingEnd(const NodePtr& folder) {
