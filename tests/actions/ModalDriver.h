@@ -65,8 +65,9 @@ struct SeenAlert {
 };
 
 // Waits for an alert (other modal windows may come first), notes it and closes it.
-inline void dismissAlert(SeenAlert* seen) {
-    whenModal<QMessageBox>([seen](QWidget* window) {
+// Deleting the returned timer calls it off.
+inline QTimer* dismissAlert(SeenAlert* seen) {
+    return whenModal<QMessageBox>([seen](QWidget* window) {
         auto* box = static_cast<QMessageBox*>(window);
         *seen = {true, box->windowTitle(), box->text(), box->informativeText()};
         box->accept();
