@@ -159,7 +159,7 @@ private:
     void applyListingEnd(const NodePtr& folder);
     void applyFolderTotal(const NodePtr& folder, qint64 size);
     // One of the folder's outstanding measurements (or its listing) is in: once none
-    // is left, the level is sorted largest first on the event loop's next turn.
+    // is left, the level is sorted largest first over the event loop's next two turns.
     void settleOneMeasurement(const NodePtr& folder);
     // The folder's listing is still the one made under `wanted`.
     bool isCurrentListing(const NodePtr& folder, const StopFlagPtr& wanted) const;
