@@ -94,7 +94,8 @@ void PreviewWindow::showContent(const PreviewContent& loaded) {
             typeLabel = nullptr;
             sizeLabel = nullptr;
         }
-        body->replaceWidget(shown, next);
+        // The layout hands back the item that held the old widget: both are ours to delete.
+        delete body->replaceWidget(shown, next);
         delete shown;
         shown = next;
         shown->setFocus();
