@@ -5,7 +5,7 @@ AppController::AppController(QObject* parent)
       treeFlag(StopFlag::make(lifeFlag)), inbox(MainThreadInbox::make()) {
     sizeQueue->setMaxThreadCount(6);
     engine = makeMeasureEngine(sizeQueue);
-    inbox->afterSlice = [this] { announceNewRows(); };
+    inbox->afterSlice = [this] { return announceNewRows(); };
 }
 
 AppController::~AppController() {

@@ -155,7 +155,8 @@ private:
     // Tells the display of the rows listed since the last time, after each slice; a
     // large level once it has grown enough or its rows have waited long enough, and
     // the level whose listing has just ended in any case.
-    void announceNewRows(const Node* listingEnded = nullptr);
+    // True when it told the display of any.
+    bool announceNewRows(const Node* listingEnded = nullptr);
     void applyListingEnd(const NodePtr& folder);
     void applyFolderTotal(const NodePtr& folder, qint64 size);
     // One of the folder's outstanding measurements (or its listing) is in: once none

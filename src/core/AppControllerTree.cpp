@@ -52,7 +52,7 @@ void AppController::applyListedEntries(const NodePtr& folder,
     }
 }
 
-void AppController::announceNewRows(const Node* listingEnded) {
+bool AppController::announceNewRows(const Node* listingEnded) {
     // Sorted out before anything is announced: the display may call back into the
     // controller while it takes in new rows.
     std::vector<Unannounced> due;
@@ -76,9 +76,13 @@ void AppController::announceNewRows(const Node* listingEnded) {
             announceNewRows();
         });
     }
+    bool announced = false;
     for (const Unannounced& run : due)
-        if (display && run.folder->children && run.folder->children->size() > run.first)
+        if (display && run.folder->children && run.folder->children->size() > run.first) {
             display->rowsAppended(run.folder, run.first, run.folder->children->size() - run.first);
+            announced = true;
+        }
+    return announced;
 }
 
 void AppController::applyListingEnd(const NodePtr& folder) {
@@ -109,8 +113,10 @@ void AppController::settleOneMeasurement(const NodePtr& folder) {
     // measured once sorted.
     QTimer::singleShot(0, this, [this, folder, wanted] {
         if (isCurrentListing(folder, wanted))
+            // A millisecond later: started now, with no delay, Qt may run it in the
+            // same pass of the event loop.
             QTimer::singleShot(
-                0, this, [this, folder, wanted, places = largestFirstPlaces(*folder->children)] {
+                1, this, [this, folder, wanted, places = largestFirstPlaces(*folder->children)] {
                     sortLevel(folder, wanted, places);
                 });
     });

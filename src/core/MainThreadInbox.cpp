@@ -1,6 +1,7 @@
 #include "core/MainThreadInbox.h"
 
 #include <QCoreApplication>
+#include <QTimer>
 
 void MainThreadInbox::post(std::function<void()> work) {
     std::lock_guard guard(lock);
@@ -24,6 +25,15 @@ void MainThreadInbox::scheduleDrain() {
 }
 
 void MainThreadInbox::drain() {
+    // The display is laying out what the last slice gave it: that gets a turn of the
+    // event loop of its own, apart from the next slice.
+    if (const qint64 left = displayTurn.remainingTime(); left > 0) {
+        QTimer::singleShot(left, QCoreApplication::instance(), [weak = weak_from_this()] {
+            if (const std::shared_ptr<MainThreadInbox> inbox = weak.lock())
+                inbox->drain();
+        });
+        return;
+    }
     QElapsedTimer slice;
     slice.start();
     bool applied = false;
@@ -46,6 +56,6 @@ void MainThreadInbox::drain() {
         next();
         applied = true;
     }
-    if (applied && afterSlice)
-        afterSlice();
+    if (applied && afterSlice && afterSlice())
+        displayTurn.setRemainingTime(displayTurnMs);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <deque>
 #include <functional>
@@ -19,11 +20,14 @@ public:
     void post(std::function<void()> work);
     // Applies what has come, one slice at most; called by the event loop.
     void drain();
-    // Runs on the main thread after each slice that applied something.
-    std::function<void()> afterSlice;
+    // Runs on the main thread after each slice that applied something; true when it
+    // gave the display work of its own (new rows to lay out), which then gets
+    // displayTurnMs before the next slice.
+    std::function<bool()> afterSlice;
 
     // Time one slice may take.
     static constexpr qint64 sliceMs = 8;
+    static constexpr qint64 displayTurnMs = 2;
 
 private:
     MainThreadInbox() = default;
@@ -32,4 +36,6 @@ private:
     std::mutex lock;
     std::deque<std::function<void()>> waiting;
     bool drainScheduled = false;
+    // Main thread only.
+    QDeadlineTimer displayTurn;
 };
