@@ -7,22 +7,10 @@
 class TestMountMonitor : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void mountAndUnmountAreTold() {
-        MountMonitor monitor;
-        QVERIFY(monitor.isWatching());
-        QSignalSpy changed(&monitor, &MountMonitor::changed);
-
-        LoopImage image;
-        LOOP_MOUNT_OR_SKIP(image, QStringLiteral("monitored"));
-        QTRY_VERIFY_WITH_TIMEOUT(changed.count() >= 1, 1000);
-
-        changed.clear();
-        QVERIFY(image.unmount());
-        QTRY_VERIFY_WITH_TIMEOUT(changed.count() >= 1, 1000);
-    }
-
+    // That each mount and unmount is told is seen in the volumes panel (tst_volumeslive).
     void oneSignalForChangesThatCameTogether() {
         MountMonitor monitor;
+        QVERIFY(monitor.isWatching());
         QSignalSpy changed(&monitor, &MountMonitor::changed);
 
         // Mounted and unmounted before the event loop runs: both changes wait together.
