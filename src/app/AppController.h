@@ -181,8 +181,8 @@ private:
     const StopFlagPtr lifeFlag;
     // The work of the tree on screen; replaced, and the old one stopped, on every open.
     StopFlagPtr treeFlag;
-    // Each listed folder's walk, with the flag that says whether its results are still
-    // wanted (stopped with the listing above it).
+    // Each listed folder's walk (none for the first millisecond), with the flag that
+    // says whether its results are still wanted (stopped with the listing above it).
     struct Listing {
         StopFlagPtr wanted;
         std::shared_ptr<WalkTicket> walk;

@@ -28,8 +28,17 @@ void AppController::ensureListed(const NodePtr& node) {
     const auto above = listings.constFind(folderAbove.get());
     const StopFlagPtr wanted =
         StopFlag::make(above != listings.constEnd() ? above->wanted : treeFlag);
-    auto receiver = std::make_shared<ListingReceiver>(inbox, this, node, wanted);
-    listings.insert(node.get(), {wanted, engine->walkFolder(node->url, std::move(receiver))});
+    listings.insert(node.get(), {wanted, nullptr});
+    // The walk starts once the turn that opened the folder is over, and the outline has
+    // taken in the change: its workers would otherwise take the cores from that turn.
+    // A millisecond later, since with no delay Qt may run it in the same pass.
+    QTimer::singleShot(1, this, [this, node, wanted] {
+        const auto listing = listings.find(node.get());
+        if (listing == listings.end() || listing->wanted != wanted || wanted->isStopped())
+            return;
+        listing->walk = engine->walkFolder(
+            node->url, std::make_shared<ListingReceiver>(inbox, this, node, wanted));
+    });
 }
 
 void AppController::applyListedEntries(const NodePtr& folder,
@@ -168,7 +177,8 @@ void AppController::dropListingWork(const Node& folder) {
     // The listings below it were made under its flag and are stopped with it.
     for (auto listing = listings.begin(); listing != listings.end();) {
         if (listing->wanted->isStopped()) {
-            listing->walk->cancel();
+            if (listing->walk)
+                listing->walk->cancel();
             listing = listings.erase(listing);
         } else {
             ++listing;
@@ -179,7 +189,8 @@ void AppController::dropListingWork(const Node& folder) {
 void AppController::dropTreeWork() {
     treeFlag->stop();
     for (const Listing& listing : std::as_const(listings))
-        listing.walk->cancel();
+        if (listing.walk)
+            listing.walk->cancel();
     listings.clear();
     for (const Listing& measurement : std::as_const(remeasures))
         measurement.walk->cancel();
