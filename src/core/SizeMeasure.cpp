@@ -1,7 +1,6 @@
 #include "core/SizeMeasure.h"
 
 #include "core/DuOutput.h"
-#include "core/Node.h"
 #include "platform/ChildProcess.h"
 
 #include <sys/stat.h>
@@ -24,8 +23,4 @@ qint64 folderDiskUsage(const QByteArray& path, const StopFlag* stop) {
     if (!output)
         return 0;
     return std::max<qint64>(0, duSizeFromOutput(*output, path));
-}
-
-qint64 computeSize(const Node& node, const StopFlag* stop) {
-    return node.isDir ? folderDiskUsage(node.url, stop) : fileAllocatedSize(node.url);
 }

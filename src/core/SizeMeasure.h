@@ -2,19 +2,15 @@
 
 #include <QByteArray>
 
-class Node;
 class StopFlag;
-
-// Bytes the item occupies on disk, everything beneath it included for a folder.
-// Blocks the calling worker (a folder runs one du); never returns a negative value.
-// When the work is stopped meanwhile, its du is ended and the result means nothing.
-qint64 computeSize(const Node& node, const StopFlag* stop = nullptr);
 
 // The allocated size of the item itself (a link is measured as the link), else its
 // logical size, else 0.
 qint64 fileAllocatedSize(const QByteArray& path);
 
-// One "du -sk" over the folder; 0 when du cannot run or prints nothing usable. A link
+// One "du -sk" over the folder; 0 when du cannot run or prints nothing usable. It
+// blocks the calling worker; when the work is stopped meanwhile, its du is ended and
+// the result means nothing. A link
 // given as the folder is followed (the folder it leads to is what was asked for);
 // links beneath it are counted as themselves.
 qint64 folderDiskUsage(const QByteArray& path, const StopFlag* stop = nullptr);

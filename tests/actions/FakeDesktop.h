@@ -31,9 +31,6 @@ public Q_SLOTS:
     void ShowItems(const QStringList& uris, const QString& startupId) {
         calls << BusCall{QStringLiteral("ShowItems"), uris, startupId};
     }
-    void ShowFolders(const QStringList& uris, const QString& startupId) {
-        calls << BusCall{QStringLiteral("ShowFolders"), uris, startupId};
-    }
     void ShowItemProperties(const QStringList& uris, const QString& startupId) {
         if (!hasProperties) {
             sendErrorReply(QDBusError::UnknownMethod, QStringLiteral("no such method"));

@@ -9,6 +9,9 @@
 
 namespace menuprobe {
 
+// Positions of the entries in the menu (separators count).
+enum Entry { Reveal = 0, QuickLook = 1, GetInfo = 2, Copy = 8, CopyPath = 9, Share = 10 };
+
 // A right-click at a point of the outline's viewport, through the window (so the
 // platform's own right-click handling makes the context-menu request).
 inline void rightClick(AppController& c, const QPoint& viewportPoint) {
@@ -44,6 +47,20 @@ inline QStringList describe(const QMenu* menu) {
 
 inline QPoint centreOfRow(AppController& c, const QModelIndex& index) {
     return c.outline->visualRect(index).center();
+}
+
+// The entry of the row's menu, chosen (the menu closed first, as a click on it does).
+inline void choose(WindowFixture& f, const QModelIndex& row, Entry entry) {
+    QVERIFY(row.isValid());
+    rightClick(f.c, centreOfRow(f.c, row));
+    QMenu* menu = openMenu();
+    QVERIFY(menu);
+    QAction* action = menu->actions().at(entry);
+    closeMenus();
+    action->trigger();
+}
+inline void choose(WindowFixture& f, const QByteArray& name, Entry entry) {
+    choose(f, f.childNamed(f.rootIndex(), name), entry);
 }
 
 } // namespace menuprobe

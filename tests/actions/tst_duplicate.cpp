@@ -14,16 +14,13 @@ using namespace temptree;
 
 namespace {
 
-// Everything below the folder (hidden items too), with type, mode, size and time.
-QByteArray listing(const QByteArray& folder) {
-    return runForOutput("/usr/bin/find", {folder, "-mindepth", "1", "-printf", "%P %M %s %T@\\n"})
+// The folder (unless told otherwise) and every item below it, hidden ones too, with
+// type and permissions, modification time (to the nanosecond), size and link target:
+// two trees that print the same are copies.
+QByteArray treeFacts(const QByteArray& folder, bool withFolder = true) {
+    return runForOutput("/usr/bin/find", {folder, "-mindepth", withFolder ? "0" : "1", "-printf",
+                                          "%P %M %T@ %s %l\\n"})
         .value_or("");
-}
-
-// The folder and every item below it with its type and permissions, modification time
-// (to the nanosecond), size and link target: two trees that print the same are copies.
-QByteArray treeFacts(const QByteArray& folder) {
-    return runForOutput("/usr/bin/find", {folder, "-printf", "%P %M %T@ %s %l\\n"}).value_or("");
 }
 
 void setTime(const QByteArray& path, time_t seconds) {
@@ -127,7 +124,7 @@ private Q_SLOTS:
         } else {
             writeFile(item, 9 << 20);
         }
-        const QByteArray before = listing(volume);
+        const QByteArray before = treeFacts(volume, false);
         const QByteArray sum = runForOutput("/usr/bin/du", {"-ab", item}).value_or("");
         WindowFixture f;
         QVERIFY(f.openAt(volume));
@@ -139,7 +136,7 @@ private Q_SLOTS:
         QCOMPARE(seen.title, QString("Duplicate"));
         QCOMPARE(seen.text, QString::fromUtf8(lastPathComponent(item)));
         QCOMPARE(seen.informative, QString::fromLocal8Bit(strerror(ENOSPC)));
-        QCOMPARE(listing(volume), before);
+        QCOMPARE(treeFacts(volume, false), before);
         QCOMPARE(runForOutput("/usr/bin/du", {"-ab", item}).value_or(""), sum);
     }
 
@@ -155,7 +152,7 @@ private Q_SLOTS:
         f.c.ctxDuplicate();
         QVERIFY(seen.shown);
         QCOMPARE(seen.informative, QString::fromLocal8Bit(strerror(ENOENT)));
-        QCOMPARE(listing(folder), QByteArray());
+        QCOMPARE(treeFacts(folder, false), QByteArray());
     }
 
     // The dialog shows while the copy waits for a worker; its Cancel stops the copy,
@@ -200,7 +197,7 @@ private Q_SLOTS:
         writeFile(join(source, "a"), 1 << 20);
         writeFile(join(source, "b"), 512 << 20);
         writeBytes(join(folder, "unrelated"), "keep");
-        const QByteArray before = listing(folder);
+        const QByteArray before = treeFacts(folder, false);
         TreeCopy copy;
         std::atomic<int> result{-1};
         std::thread worker([&] { result = copy.run(source, join(folder, "data copy")); });
@@ -210,7 +207,7 @@ private Q_SLOTS:
         copy.cancel();
         worker.join();
         QCOMPARE(result.load(), ECANCELED);
-        QCOMPARE(listing(folder), before);
+        QCOMPARE(treeFacts(folder, false), before);
     }
 };
 

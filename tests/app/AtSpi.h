@@ -4,7 +4,6 @@
 // of another program: names, roles, positions, and where the focus goes.
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusReply>
@@ -12,6 +11,7 @@
 #include <QDebug>
 #include <QProcess>
 #include <QRect>
+#include <QRegularExpression>
 #include <QTest>
 
 struct AtSpiObject {
@@ -34,10 +34,8 @@ public:
         return bus.isConnected();
     }
     ~AtSpiBus() {
-        if (monitor.state() != QProcess::NotRunning) {
-            monitor.kill();
-            monitor.waitForFinished();
-        }
+        monitor.kill();
+        monitor.waitForFinished();
         QDBusConnection::disconnectFromBus("atspi-client");
     }
 
@@ -144,8 +142,8 @@ public:
                     pending.remove(0, end + 1);
                     if (!line.startsWith("signal "))
                         continue;
-                    focused.service = QString::fromLatin1(field(line, "sender="));
-                    focused.path = QString::fromLatin1(field(line, "path="));
+                    focused.service = field(line, "sender");
+                    focused.path = field(line, "path");
                 }
                 return focused.isValid();
             },
@@ -154,15 +152,11 @@ public:
     }
 
 private:
-    static QByteArray field(const QByteArray& line, const QByteArray& key) {
-        const qsizetype at = line.indexOf(" " + key);
-        if (at < 0)
-            return {};
-        QByteArray value = line.mid(at + key.size() + 1);
-        value.truncate(value.indexOf(' ') < 0 ? value.size() : value.indexOf(' '));
-        if (value.endsWith(';'))
-            value.chop(1);
-        return value;
+    // The value after " key=" in a line of dbus-monitor, up to a blank or a semicolon.
+    static QString field(const QByteArray& line, const char* key) {
+        return QRegularExpression(QStringLiteral(" %1=([^ ;]+)").arg(QLatin1String(key)))
+            .match(QString::fromLatin1(line))
+            .captured(1);
     }
 
     static AtSpiObject readReference(const QDBusArgument& argument) {

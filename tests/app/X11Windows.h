@@ -3,12 +3,8 @@
 // Finds and closes top-level windows on the X display, as a window manager would, and
 // sends clicks and keys, so an end-to-end test can drive the real program under Xvfb.
 #include <QByteArray>
-#include <QImage>
 #include <QPoint>
-#include <QRect>
 #include <X11/Xlib.h>
-#include <X11/Xutil.h>
-#include <functional>
 
 class X11Display {
 public:
@@ -27,27 +23,6 @@ public:
     Window findWindow(const QByteArray& title) {
         XSync(display, False);
         return search(DefaultRootWindow(display), title);
-    }
-
-    QRect geometry(Window window) {
-        XWindowAttributes attributes{};
-        XGetWindowAttributes(display, window, &attributes);
-        return {attributes.x, attributes.y, attributes.width, attributes.height};
-    }
-
-    // What the window shows, as the X server has it (24-bit TrueColor screens).
-    QImage capture(Window window) {
-        const QRect area = geometry(window);
-        XImage* pixels = XGetImage(display, window, 0, 0, unsigned(area.width()),
-                                   unsigned(area.height()), AllPlanes, ZPixmap);
-        if (!pixels)
-            return {};
-        QImage image(area.size(), QImage::Format_RGB32);
-        for (int y = 0; y < area.height(); ++y)
-            for (int x = 0; x < area.width(); ++x)
-                image.setPixel(x, y, QRgb(XGetPixel(pixels, x, y)) | 0xff000000u);
-        XDestroyImage(pixels);
-        return image;
     }
 
     // Asks the window to close, the way a close button in a title bar does.

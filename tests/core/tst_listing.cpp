@@ -153,16 +153,6 @@ private Q_SLOTS:
         QCOMPARE(names(*listing.root->children), expected);
     }
 
-    // A folder's own walk gives the root's total: the same number as du of the folder.
-    void rootTotalFromItsListing() {
-        const QByteArray folder = tmp.freshFolder();
-        makeDir(join(folder, "a"));
-        writeFile(join(folder, "a/x"), 90000);
-        writeFile(join(folder, "y"), 5000);
-        Listing listing(folder);
-        QTRY_COMPARE(listing.root->size(), duBytes(folder));
-    }
-
     void hiddenFolderIsNotRedrawn() {
         const QByteArray folder = tmp.freshFolder();
         makeDir(join(folder, "sub"));

@@ -6,8 +6,6 @@
 #include "app/AppController.h"
 #include "core/TreeDisplay.h"
 
-#include <QCoreApplication>
-#include <QTest>
 #include <QThread>
 #include <algorithm>
 
@@ -37,21 +35,10 @@ bool finished(const NodePtr& root) {
     return QTest::qWaitFor([&] { return root->pending == 0 && root->size() >= 0; }, 30000);
 }
 
-bool sortedLargestFirst(const NodeList& nodes) {
-    return std::is_sorted(nodes.begin(), nodes.end(),
-                          [](const NodePtr& a, const NodePtr& b) { return a->size() > b->size(); });
-}
-
 // Waits until no worker of the queue is busy and what they handed back has arrived.
 void drain(QThreadPool* queue) {
     QTRY_VERIFY(queue->activeThreadCount() == 0);
     QTest::qWait(50);
-}
-
-void engines() {
-    QTest::addColumn<QByteArray>("engine");
-    QTest::newRow("in-process") << QByteArray();
-    QTest::newRow("du") << QByteArray("du");
 }
 
 } // namespace
@@ -73,9 +60,14 @@ class TestTreeWork : public QObject {
     }
 
 private Q_SLOTS:
+    void initTestCase_data() {
+        QTest::addColumn<QByteArray>("engine");
+        QTest::newRow("in-process") << QByteArray();
+        QTest::newRow("du") << QByteArray("du");
+    }
     void initTestCase() { QVERIFY(tmp.isValid()); }
     void init() {
-        QFETCH(QByteArray, engine);
+        QFETCH_GLOBAL(QByteArray, engine);
         qputenv("SIZELOOM_MEASURE", engine);
     }
     void cleanup() { qunsetenv("SIZELOOM_MEASURE"); }
@@ -83,7 +75,6 @@ private Q_SLOTS:
     // A change on disk refreshes a folder when its first rows are in: what is still on
     // its way for the old listing reaches neither its nodes nor the new listing's count
     // and order.
-    void refreshBeforeFirstResults_data() { engines(); }
     void refreshBeforeFirstResults() {
         const QByteArray folder = foldersOfOneFile(5);
         writeFile(join(folder, "file"), 30000);
@@ -113,13 +104,12 @@ private Q_SLOTS:
         for (const NodePtr& child : *root->children)
             QCOMPARE(child->size(),
                      child->isDir ? duBytes(child->url) : statBlocksBytes(child->url));
-        QVERIFY(sortedLargestFirst(*root->children));
+        QVERIFY(std::ranges::is_sorted(*root->children, std::greater{}, &Node::size));
         QVERIFY(outline.childRedraws.contains(root.get()));
     }
 
     // Opening another folder drops what is still queued for the old tree: none of its
     // measurements is applied, and the new folder does not wait behind them.
-    void openingAnotherFolderDropsTheOldWork_data() { engines(); }
     void openingAnotherFolderDropsTheOldWork() {
         const QByteArray first = foldersOfOneFile(60);
         const QByteArray second = foldersOfOneFile(2);
@@ -142,9 +132,8 @@ private Q_SLOTS:
         QTRY_VERIFY(controller.rootNode != oldRoot);
         const NodeList oldChildren = *oldRoot->children;
         QVERIFY(!oldChildren.empty());
-        const NodePtr newRoot = controller.rootNode;
-        QVERIFY(finished(newRoot));
-        QCOMPARE(newRoot->size(), duBytes(second));
+        QVERIFY(finished(controller.rootNode));
+        QCOMPARE(controller.rootNode->size(), duBytes(second));
 
         drain(controller.sizeQueue);
         QCOMPARE(oldRoot->size(), oldTotal);
@@ -157,7 +146,6 @@ private Q_SLOTS:
 
     // Once the controller is gone no measurement starts, not even those that a worker
     // is still putting on the queue for a large folder, and no du is left running.
-    void noMeasurementOutlivesTheController_data() { engines(); }
     void noMeasurementOutlivesTheController() {
         const QByteArray folder = foldersOfOneFile(3000, false);
         NodePtr root = Node::make(folder, true);
@@ -188,29 +176,6 @@ private Q_SLOTS:
         // (its own tests stop walks midway); du has not.
         if (qgetenv("SIZELOOM_MEASURE") == "du")
             QVERIFY(root->pending > 0);
-    }
-
-    // A root reached through a symbolic link is the folder the link leads to, totals
-    // included; links below the root stay links.
-    void rootThroughALink_data() { engines(); }
-    void rootThroughALink() {
-        const QByteArray folder = foldersOfOneFile(3);
-        const QByteArray link = join(tmp.bytes(), "link-" + lastPathComponent(folder));
-        QVERIFY(symlink(folder.constData(), link.constData()) == 0);
-        QVERIFY(symlink(join(folder, "d0").constData(), join(folder, "inner").constData()) == 0);
-
-        AppController controller;
-        controller.openPath(link);
-        const NodePtr root = controller.rootNode;
-        QVERIFY(finished(root));
-        const auto out = runForOutput("/usr/bin/du", {"-skL", "--", link});
-        QVERIFY(out);
-        QCOMPARE(root->size(), out->left(out->indexOf('\t')).toLongLong() * 1024);
-        QCOMPARE(root->size(), duBytes(folder));
-        const auto inner = std::ranges::find(
-            *root->children, "inner", [](const NodePtr& n) { return lastPathComponent(n->url); });
-        QVERIFY(inner != root->children->end() && !(*inner)->isDir);
-        QCOMPARE((*inner)->size(), statBlocksBytes(join(folder, "inner")));
     }
 };
 

@@ -3,29 +3,21 @@
 #include "LoopImage.h"
 #include "TempTree.h"
 #include "WalkRecorder.h"
-#include "core/DuEngine.h"
 #include "core/FolderListing.h"
 #include "core/FolderWalk.h"
-#include "core/InProcessEngine.h"
-#include "core/Node.h"
 
 #include <QProcess>
 #include <QStandardPaths>
-#include <QThreadPool>
 #include <dirent.h>
-#include <sys/stat.h>
 
 using namespace temptree;
 
 namespace {
 
-// du itself, "--" before the operand: the reference every number is held to.
-qint64 du(const QByteArray& path, const QByteArray& option = {}) {
-    QList<QByteArray> args{"-sk"};
-    if (!option.isEmpty())
-        args << option;
-    args << "--" << path;
-    const auto out = runForOutput("/usr/bin/du", args);
+// du itself, "--" before the operand: the reference every number is held to. -H, as a
+// walk's total and a measured item take the path asked for where a link leads.
+qint64 du(const QByteArray& path) {
+    const auto out = runForOutput("/usr/bin/du", {"-skH", "--", path});
     return out ? out->left(out->indexOf('\t')).toLongLong() * 1024 : -1;
 }
 
@@ -33,68 +25,41 @@ qint64 du(const QByteArray& path, const QByteArray& option = {}) {
 std::vector<WalkEntry> expectedListing(const QByteArray& folder) {
     std::vector<WalkEntry> entries;
     DIR* dir = opendir(folder.constData());
-    if (!dir)
-        return entries;
-    while (const dirent* entry = readdir(dir)) {
+    while (const dirent* entry = dir ? readdir(dir) : nullptr) {
         const QByteArray name(entry->d_name);
         if (name == "." || name == "..")
             continue;
         struct stat st {};
         const bool known = lstat(join(folder, name).constData(), &st) == 0;
         const bool isDir = known && S_ISDIR(st.st_mode);
-        entries.push_back({name, isDir,
-                           isDir   ? -1
-                           : known ? qint64(st.st_blocks) * 512
-                                   : 0,
+        entries.push_back({name, isDir, isDir ? -1 : qint64(st.st_blocks) * 512,
                            known ? kindOfMode(st.st_mode) : ItemKind::File});
     }
-    closedir(dir);
+    if (dir)
+        closedir(dir);
     return entries;
 }
 
-std::unique_ptr<MeasureEngine> makeEngine(const QByteArray& kind, QThreadPool* pool) {
-    if (kind == "du")
-        return std::make_unique<DuEngine>(pool);
-    return std::make_unique<InProcessEngine>(pool, InProcessEngine::defaultWorkers());
-}
-
 qint64 measure(MeasureEngine& engine, const QByteArray& path, bool isDir) {
-    struct Result {
-        std::mutex lock;
-        qint64 bytes = -1;
-    };
-    auto result = std::make_shared<Result>();
-    engine.measureItem(path, isDir, [result](qint64 bytes) {
-        std::lock_guard guard(result->lock);
-        result->bytes = bytes;
-    });
-    qint64 bytes = -1;
-    (void)QTest::qWaitFor(
-        [&] {
-            std::lock_guard guard(result->lock);
-            bytes = result->bytes;
-            return bytes >= 0;
-        },
-        300000);
-    return bytes;
+    const auto bytes = std::make_shared<std::atomic<qint64>>(-1);
+    engine.measureItem(path, isDir, [bytes](qint64 measured) { *bytes = measured; });
+    (void)QTest::qWaitFor([&] { return *bytes >= 0; }, 300000);
+    return *bytes;
 }
 
-void makeLink(const QByteArray& target, const QByteArray& link) {
-    QVERIFY(symlink(target.constData(), link.constData()) == 0);
+// Folders, then files of the given sizes, inside `folder`.
+void makeItems(const QByteArray& folder, const QByteArrayList& folders,
+               const QList<std::pair<QByteArray, qint64>>& files = {}) {
+    for (const QByteArray& name : folders)
+        makeDir(join(folder, name));
+    for (const auto& [name, bytes] : files)
+        writeFile(join(folder, name), bytes);
 }
 
-void makeHardLink(const QByteArray& existing, const QByteArray& link) {
-    QVERIFY(::link(existing.constData(), link.constData()) == 0);
-}
-
-// Allocated only around `at`: the rest of its length is a hole.
-void makeSparse(const QByteArray& path, qint64 length, qint64 at) {
-    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    QVERIFY(fd >= 0);
-    QVERIFY(ftruncate(fd, length) == 0);
-    QVERIFY(pwrite(fd, "data", 4, at) == 4);
-    QVERIFY(fsync(fd) == 0);
-    close(fd);
+void makeLink(const QByteArray& target, const QByteArray& link, bool hard = false) {
+    const int made = hard ? ::link(target.constData(), link.constData())
+                          : symlink(target.constData(), link.constData());
+    QVERIFY(made == 0);
 }
 
 // `depth` folders inside each other, each with a small file, made one level at a time:
@@ -118,64 +83,52 @@ void makeChain(const QByteArray& top, int depth, const QByteArray& name) {
 
 void buildTree(const QByteArray& kind, const QByteArray& folder) {
     if (kind == "files and folders") {
-        makeDir(join(folder, "a"));
-        makeDir(join(folder, "a/sub"));
-        writeFile(join(folder, "a/one"), 1);
-        writeFile(join(folder, "a/sub/odd"), 100001);
-        writeFile(join(folder, "plain"), 5000);
-        makeDir(join(folder, "b"));
-        writeFile(join(folder, "b/big"), 1 << 20);
+        makeItems(folder, {"a", "a/sub", "b"},
+                  {{"a/one", 1}, {"a/sub/odd", 100001}, {"plain", 5000}, {"b/big", 1 << 20}});
     } else if (kind == "hard links within one child") {
-        makeDir(join(folder, "a"));
-        makeDir(join(folder, "a/sub"));
-        writeFile(join(folder, "a/f"), 300000);
-        makeHardLink(join(folder, "a/f"), join(folder, "a/sub/g"));
-        makeHardLink(join(folder, "a/f"), join(folder, "a/h"));
+        makeItems(folder, {"a", "a/sub"}, {{"a/f", 300000}});
+        makeLink(join(folder, "a/f"), join(folder, "a/sub/g"), true);
+        makeLink(join(folder, "a/f"), join(folder, "a/h"), true);
     } else if (kind == "hard links across children") {
-        makeDir(join(folder, "a"));
-        makeDir(join(folder, "b"));
-        makeDir(join(folder, "b/deeper"));
-        writeFile(join(folder, "a/f"), 300000);
-        makeHardLink(join(folder, "a/f"), join(folder, "b/deeper/g"));
-        makeHardLink(join(folder, "a/f"), join(folder, "r"));
+        makeItems(folder, {"a", "b", "b/deeper"}, {{"a/f", 300000}});
+        makeLink(join(folder, "a/f"), join(folder, "b/deeper/g"), true);
+        makeLink(join(folder, "a/f"), join(folder, "r"), true);
         // The rule matters here: the folder counts the file once, each child once too.
         QVERIFY(du(join(folder, "a")) + du(join(folder, "b")) > du(folder));
     } else if (kind == "sparse files") {
-        makeDir(join(folder, "a"));
-        makeSparse(join(folder, "a/holes"), 64 << 20, 32 << 20);
-        makeSparse(join(folder, "top"), 16 << 20, 0);
+        // A few bytes written, then lengthened by a hole.
+        makeItems(folder, {"a"}, {{"a/holes", 4}, {"top", 4}});
+        QVERIFY(truncate(join(folder, "a/holes").constData(), 64 << 20) == 0);
+        QVERIFY(truncate(join(folder, "top").constData(), 16 << 20) == 0);
         QVERIFY(du(join(folder, "a")) < (1 << 20));
     } else if (kind == "symbolic links") {
-        makeDir(join(folder, "a"));
-        writeFile(join(folder, "a/big"), 1 << 20);
-        makeDir(join(folder, "b"));
+        makeItems(folder, {"a", "b"}, {{"a/big", 1 << 20}});
         makeLink("../a", join(folder, "b/toA"));
         makeLink("nowhere", join(folder, "b/dangling"));
         makeLink("a", join(folder, "toA"));
         makeLink(QByteArray(300, 'x'), join(folder, "dangling"));
     } else if (kind == "awkward names") {
-        for (const char* name : {"bad\xff\xfe", "-rf", "new\nline", "--"}) {
-            makeDir(join(folder, name));
-            writeFile(join(folder, QByteArray(name) + "/x"), 20000);
-        }
-        writeFile(join(folder, "--help"), 7000);
-        writeFile(join(folder, "caf\xe9"), 3000);
-    } else if (kind == "\"._\" names") {
-        writeFile(join(folder, "._shown"), 40000);
-        makeDir(join(folder, "._folder"));
-        writeFile(join(folder, "._folder/inside"), 90000);
-        makeDir(join(folder, "shown"));
-        writeFile(join(folder, "shown/._inside"), 9000);
+        // "._" names are ordinary items here, counted like any other.
+        for (const char* name : {"bad\xff\xfe", "-rf", "new\nline", "--", "._folder"})
+            makeItems(folder, {name}, {{QByteArray(name) + "/._x", 20000}});
+        makeItems(folder, {}, {{"--help", 7000}, {"caf\xe9", 3000}, {"._shown", 40000}});
         QCOMPARE(mkfifo(join(folder, "._fifo").constData(), 0600), 0);
     } else if (kind == "empty folder") {
     } else if (kind == "empty children") {
-        makeDir(join(folder, "e1"));
-        makeDir(join(folder, "e2"));
-        makeDir(join(folder, "e2/e3"));
+        makeItems(folder, {"e1", "e2", "e2/e3"});
     } else if (kind == "deep chain") {
-        makeDir(join(folder, "chain"));
+        makeItems(folder, {"chain"}, {{"beside", 100}});
         makeChain(join(folder, "chain"), 300, QByteArray(24, 'd'));
-        writeFile(join(folder, "beside"), 100);
+    } else if (kind == "link to the folder") {
+        makeDir(join(folder, "real"));
+        buildTree("symbolic links", join(folder, "real"));
+        makeLink("real", join(folder, "walked"));
+    } else if (kind == "a file, not a folder") {
+        writeFile(join(folder, "walked"), 70000);
+    } else if (kind == "three thousand entries") {
+        // Arrives in batches, not in one at the end: WalkRecorder takes none over 1000.
+        for (int i = 0; i < 3000; ++i)
+            writeFile(join(folder, "f" + QByteArray::number(i)), 0);
     } else if (kind == "many children") {
         for (int i = 0; i < 40; ++i) {
             const QByteArray child = join(folder, "c" + QByteArray::number(i));
@@ -194,12 +147,10 @@ void buildTree(const QByteArray& kind, const QByteArray& folder) {
 }
 
 // Everything a walk delivered, held against readdir, lstat and du.
-void checkAgainstDu(WalkRecorder& walk, const QByteArray& folder,
-                    const QByteArray& totalOption = {}) {
+void checkAgainstDu(WalkRecorder& walk, const QByteArray& folder) {
     QCOMPARE(walk.problems(), QStringList());
     const std::vector<WalkEntry> expected = expectedListing(folder);
     QCOMPARE(walk.entries.size(), expected.size());
-    size_t folders = 0;
     for (size_t i = 0; i < expected.size(); ++i) {
         const WalkEntry& entry = walk.entries[i];
         QCOMPARE(entry.name, expected[i].name);
@@ -209,26 +160,28 @@ void checkAgainstDu(WalkRecorder& walk, const QByteArray& folder,
             QCOMPARE(entry.bytes, expected[i].bytes);
             continue;
         }
-        ++folders;
         QVERIFY2(walk.childSizes.count(i), entry.name.constData());
         QCOMPARE(walk.childSizes[i], du(join(folder, entry.name)));
     }
-    QCOMPARE(walk.childSizes.size(), folders);
-    QCOMPARE(walk.total, du(folder, totalOption));
+    QCOMPARE(walk.total, du(folder));
 }
 
-void walkMatchesDu(const QByteArray& engineKind, const QByteArray& folder) {
-    QThreadPool pool;
-    pool.setMaxThreadCount(6);
-    const auto engine = makeEngine(engineKind, &pool);
-    const auto walk = walkToTheEnd(*engine, folder);
-    QVERIFY(walk);
-    checkAgainstDu(*walk, folder);
+const QByteArrayList engineKinds{"in-process", "du"};
+
+void walkMatchesDu(const QByteArray& folder, const QByteArrayList& kinds = engineKinds) {
+    for (const QByteArray& kind : kinds) {
+        Engine engine(kind);
+        const auto walk = walkToTheEnd(*engine, folder);
+        QVERIFY2(walk, kind.constData());
+        checkAgainstDu(*walk, folder);
+        // Measured on its own, as after a change on disk, it comes to the same total.
+        QCOMPARE(measure(*engine, folder, true), walk->total);
+    }
 }
 
 // A mount inside the tree, undone when the test ends.
-class Mount {
-public:
+struct Mount {
+    QByteArray point;
     bool make(const QList<QByteArray>& args, const QByteArray& target) {
         runForOutput("/usr/bin/mount", args + QList<QByteArray>{"--", target});
         QFile mounts("/proc/self/mounts");
@@ -240,12 +193,7 @@ public:
         if (!point.isEmpty())
             runForOutput("/usr/bin/umount", {"--", point});
     }
-
-private:
-    QByteArray point;
 };
-
-const QByteArrayList engineKinds{"in-process", "du"};
 
 } // namespace
 
@@ -261,12 +209,15 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("tree");
         for (const char* tree :
              {"files and folders", "hard links within one child", "hard links across children",
-              "sparse files", "symbolic links", "awkward names", "\"._\" names", "empty folder",
-              "empty children", "deep chain", "many children"})
+              "sparse files", "symbolic links", "awkward names", "empty folder", "empty children",
+              "deep chain", "many children", "three thousand entries", "link to the folder",
+              "a file, not a folder"})
             for (const QByteArray& engine : engineKinds)
                 QTest::addRow("%s, %s engine", tree, engine.constData())
                     << engine << QByteArray(tree);
     }
+    // A tree that has an item "walked" is walked there: a link to a folder is measured
+    // where it leads, links below it stay links; a path that is not a folder lists nothing.
     void matchesDu() {
         QFETCH(QByteArray, engine);
         QFETCH(QByteArray, tree);
@@ -274,81 +225,21 @@ private Q_SLOTS:
         buildTree(tree, folder);
         if (QTest::currentTestFailed())
             return;
-        walkMatchesDu(engine, folder);
+        const QByteArray walked = join(folder, "walked");
+        walkMatchesDu(statBlocksBytes(walked) >= 0 ? walked : folder, {engine});
     }
 
-    // The folder asked for may be a link to a folder: it is measured where it leads, as
-    // du -H measures it; links below it stay links.
-    void linkToTheFolderIsFollowed() {
-        const QByteArray folder = tmp.freshFolder();
-        makeDir(join(folder, "real"));
-        buildTree("files and folders", join(folder, "real"));
-        makeLink("real", join(folder, "link"));
-        for (const QByteArray& kind : engineKinds) {
-            QThreadPool pool;
-            const auto engine = makeEngine(kind, &pool);
-            const auto walk = walkToTheEnd(*engine, join(folder, "link"));
-            QVERIFY(walk);
-            checkAgainstDu(*walk, join(folder, "link"), "-H");
-            QCOMPARE(walk->total, du(join(folder, "link"), "-L"));
-            QVERIFY(walk->total > du(join(folder, "link")));
-        }
-    }
-
-    // A path that is not a folder lists nothing; its total is what du says of it.
-    void walkOfAFile() {
-        const QByteArray file = join(tmp.freshFolder(), "file");
-        writeFile(file, 70000);
-        for (const QByteArray& kind : engineKinds) {
-            QThreadPool pool;
-            const auto engine = makeEngine(kind, &pool);
-            const auto walk = walkToTheEnd(*engine, file);
-            QVERIFY(walk);
-            QCOMPARE(walk->problems(), QStringList());
-            QVERIFY(walk->entries.empty());
-            QCOMPARE(walk->total, du(file));
-        }
-    }
-
-    void measureItem_data() {
-        QTest::addColumn<QByteArray>("engine");
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<bool>("isDir");
-        QTest::addColumn<QByteArray>("duOption");
-        for (const QByteArray& engine : engineKinds) {
-            const char* e = engine.constData();
-            QTest::addRow("%s: folder", e) << engine << QByteArray("tree") << true << QByteArray();
-            QTest::addRow("%s: file", e)
-                << engine << QByteArray("tree/b/big") << false << QByteArray();
-            QTest::addRow("%s: link as itself", e)
-                << engine << QByteArray("linkToTree") << false << QByteArray();
-            QTest::addRow("%s: missing folder", e)
-                << engine << QByteArray("gone") << true << QByteArray();
-        }
-        for (const QByteArray& engine : engineKinds)
-            QTest::addRow("%s: link to a folder, followed", engine.constData())
-                << engine << QByteArray("linkToTree") << true << QByteArray("-H");
-    }
+    // An item measured on its own that is not a folder counts its own blocks, a link as
+    // itself; one that is gone counts nothing. Folders are measured in every walk above.
     void measureItem() {
-        QFETCH(QByteArray, engine);
-        QFETCH(QByteArray, name);
-        QFETCH(bool, isDir);
-        QFETCH(QByteArray, duOption);
         const QByteArray folder = tmp.freshFolder();
-        makeDir(join(folder, "tree"));
-        buildTree("files and folders", join(folder, "tree"));
-        makeLink("tree", join(folder, "linkToTree"));
-        const QByteArray path = join(folder, name);
-
-        QThreadPool pool;
-        const auto measuring = makeEngine(engine, &pool);
-        const qint64 bytes = measure(*measuring, path, isDir);
-        if (name == "gone")
-            QCOMPARE(bytes, qint64(0));
-        else if (!isDir)
-            QCOMPARE(bytes, statBlocksBytes(path));
-        else
-            QCOMPARE(bytes, du(path, duOption));
+        buildTree("symbolic links", folder);
+        for (const QByteArray& kind : engineKinds) {
+            Engine engine(kind);
+            for (const QByteArray& item : {join(folder, "a/big"), join(folder, "toA")})
+                QCOMPARE(measure(*engine, item, false), statBlocksBytes(item));
+            QCOMPARE(measure(*engine, join(folder, "gone"), true), qint64(0));
+        }
     }
 
     // Unreadable folders count their own size and nothing beneath, as du counts them.
@@ -358,26 +249,21 @@ private Q_SLOTS:
         if (!given.isEmpty()) {
             QVERIFY(geteuid() != 0);
             QVERIFY2(!opendir(join(given, "closed").constData()), "the folder is readable");
-            for (const QByteArray& kind : engineKinds) {
-                walkMatchesDu(kind, given);
-                walkMatchesDu(kind, join(given, "open"));
-            }
+            walkMatchesDu(given);
+            walkMatchesDu(join(given, "open"));
             return;
         }
         const QByteArray folder = tmp.freshFolder();
         buildTree("files and folders", folder);
-        for (const char* name : {"closed", "listOnly", "open", "open/deeper", "open/deeper/shut"})
-            makeDir(join(folder, name));
-        for (const char* name : {"closed/x", "listOnly/y", "open/z", "open/deeper/shut/w"})
-            writeFile(join(folder, name), 60000);
-        makeDir(join(folder, "closed/sub"));
+        makeItems(folder, {"closed", "closed/sub", "listOnly", "open", "open/deeper"},
+                  {{"closed/x", 60000}, {"listOnly/y", 60000}, {"open/z", 60000}});
+        makeItems(folder, {"open/deeper/shut"}, {{"open/deeper/shut/w", 60000}});
         QVERIFY(chmod(join(folder, "closed").constData(), 0) == 0);
         QVERIFY(chmod(join(folder, "open/deeper/shut").constData(), 0) == 0);
         // Its names can be read, but nothing in it can be looked at.
         QVERIFY(chmod(join(folder, "listOnly").constData(), 0644) == 0);
         if (geteuid() != 0) {
-            for (const QByteArray& kind : engineKinds)
-                walkMatchesDu(kind, folder);
+            walkMatchesDu(folder);
             return;
         }
         QVERIFY(chmod(tmp.bytes().constData(), 0755) == 0);
@@ -395,8 +281,6 @@ private Q_SLOTS:
         const QByteArray output = run.readAll();
         if (output.contains("failed to execute"))
             QSKIP("the test program cannot be run as an unprivileged user here");
-        QVERIFY2(run.exitStatus() == QProcess::NormalExit && run.exitCode() == 0,
-                 output.constData());
         QVERIFY2(output.contains("PASS   : TestWalkEngine::unreadableFolders"), output.constData());
     }
 
@@ -405,9 +289,7 @@ private Q_SLOTS:
     void mountedFileSystemsInside() {
         LoopImage image;
         LOOP_MOUNT_OR_SKIP(image, "walked");
-        writeFile(join(image.mountPoint, "inside"), 200000);
-        makeDir(join(image.mountPoint, "folder"));
-        writeFile(join(image.mountPoint, "folder/more"), 50000);
+        makeItems(image.mountPoint, {"folder"}, {{"inside", 200000}, {"folder/more", 50000}});
         const QByteArray folder = deletingLastPathComponent(image.mountPoint);
         // sysfs rather than proc: du gives up without a total when a process's folder
         // vanishes under it, and the du engine's own processes come and go.
@@ -415,23 +297,14 @@ private Q_SLOTS:
         Mount sys;
         if (!sys.make({"-t", "sysfs", "sysfs"}, join(folder, "sys")))
             QSKIP("no sysfs can be mounted here");
-        for (const QByteArray& kind : engineKinds)
-            walkMatchesDu(kind, folder);
+        walkMatchesDu(folder);
     }
 
-    void roundsUpToWholeKibOnce_data() {
-        QTest::addColumn<qint64>("blocks");
-        QTest::addColumn<qint64>("bytes");
-        QTest::newRow("nothing") << qint64(0) << qint64(0);
-        QTest::newRow("half a KiB") << qint64(1) << qint64(1024);
-        QTest::newRow("one KiB") << qint64(2) << qint64(1024);
-        QTest::newRow("one and a half") << qint64(3) << qint64(2048);
-        QTest::newRow("a whole 4 KiB block") << qint64(8) << qint64(4096);
-    }
+    // 512-byte blocks to bytes, as du -sk gives them.
     void roundsUpToWholeKibOnce() {
-        QFETCH(qint64, blocks);
-        QFETCH(qint64, bytes);
-        QCOMPARE(duTotalBytes(blocks), bytes);
+        const std::pair<qint64, qint64> cases[]{{0, 0}, {1, 1024}, {2, 1024}, {3, 2048}, {8, 4096}};
+        for (const auto& [blocks, bytes] : cases)
+            QCOMPARE(duTotalBytes(blocks), bytes);
     }
 
     // A file system that allocates in 512-byte units (squashfs sizes a file by its
@@ -444,9 +317,7 @@ private Q_SLOTS:
         if (mksquashfs.isEmpty())
             QSKIP("mksquashfs (squashfs-tools) is not installed");
         const QByteArray source = tmp.freshFolder();
-        makeDir(join(source, "odd"));
-        for (const char* name : {"odd/a", "odd/b", "odd/c", "top"})
-            writeFile(join(source, name), 1);
+        makeItems(source, {"odd"}, {{"odd/a", 1}, {"odd/b", 1}, {"odd/c", 1}, {"top", 1}});
         const QByteArray image = join(tmp.bytes(), "odd.sqfs");
         runForOutput(QFile::encodeName(mksquashfs), {source, image, "-noappend", "-quiet"});
         const QByteArray folder = tmp.freshFolder();
@@ -455,9 +326,8 @@ private Q_SLOTS:
         if (!squash.make({"-t", "squashfs", "-o", "loop,ro", image}, join(folder, "squash")))
             QSKIP("a squashfs image cannot be mounted here");
         QCOMPARE(statBlocksBytes(join(folder, "squash/top")), qint64(512));
-        for (const QByteArray& kind : engineKinds)
-            walkMatchesDu(kind, folder);
-        walkMatchesDu("in-process", join(folder, "squash"));
+        walkMatchesDu(folder);
+        walkMatchesDu(join(folder, "squash"), {"in-process"});
     }
 
     // A folder met again below itself (a bind mount) is not entered twice; a child's
@@ -467,14 +337,12 @@ private Q_SLOTS:
             QSKIP("bind mounts need root");
         const QByteArray folder = tmp.freshFolder();
         buildTree("files and folders", folder);
-        makeDir(join(folder, "a/loop"));
-        makeDir(join(folder, "self"));
+        makeItems(folder, {"a/loop", "self"});
         Mount deep, top;
         if (!deep.make({"--bind", folder}, join(folder, "a/loop")) ||
             !top.make({"--bind", folder}, join(folder, "self")))
             QSKIP("bind mounts are refused here");
-        for (const QByteArray& kind : engineKinds)
-            walkMatchesDu(kind, folder);
+        walkMatchesDu(folder);
     }
 };
 

@@ -4,9 +4,7 @@
 #include "platform/DetachedProcess.h"
 
 #include <QFile>
-#include <QTest>
 #include <csignal>
-#include <unistd.h>
 
 using namespace temptree;
 
@@ -27,20 +25,18 @@ private Q_SLOTS:
         makeDir(bin);
         // Writes its arguments (each ended by NUL), then facts about itself, then stays
         // until it is told to go.
-        QFile script(QFile::decodeName(join(bin, "probe")));
-        QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write("#!/bin/sh\n"
-                     "out=\"${0%/*}\"\n"
-                     "for a in \"$@\"; do printf '%s\\0' \"$a\"; done > \"$out/args\"\n"
-                     "read -r stat < /proc/$$/stat\n"
-                     "echo \"$stat\" > \"$out/stat\"\n"
-                     "f0=$(readlink /proc/$$/fd/0); f1=$(readlink /proc/$$/fd/1)\n"
-                     "f2=$(readlink /proc/$$/fd/2)\n"
-                     "printf '%s\\n' \"$f0\" \"$f1\" \"$f2\" > \"$out/fds\"\n"
-                     "echo $$ > \"$out/pid.tmp\" && mv \"$out/pid.tmp\" \"$out/pid\"\n"
-                     "exec sleep 600\n");
-        script.close();
-        QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        writeBytes(join(bin, "probe"),
+                   "#!/bin/sh\n"
+                   "out=\"${0%/*}\"\n"
+                   "for a in \"$@\"; do printf '%s\\0' \"$a\"; done > \"$out/args\"\n"
+                   "read -r stat < /proc/$$/stat\n"
+                   "echo \"$stat\" > \"$out/stat\"\n"
+                   "f0=$(readlink /proc/$$/fd/0); f1=$(readlink /proc/$$/fd/1)\n"
+                   "f2=$(readlink /proc/$$/fd/2)\n"
+                   "printf '%s\\n' \"$f0\" \"$f1\" \"$f2\" > \"$out/fds\"\n"
+                   "echo $$ > \"$out/pid.tmp\" && mv \"$out/pid.tmp\" \"$out/pid\"\n"
+                   "exec sleep 600\n");
+        QCOMPARE(chmod(join(bin, "probe").constData(), 0700), 0);
     }
 
     void startsAndLetsGo() {

@@ -1,3 +1,4 @@
+#include "platform/ChildProcess.h"
 #include "platform/DiskKind.h"
 #include "platform/MountTable.h"
 #include "platform/VolumeLabel.h"
@@ -5,7 +6,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <sys/sysmacros.h>
@@ -24,13 +24,6 @@ const QByteArray systemLines =
     "28 26 8:5 / /boot rw - ext4 /dev/sda5 rw\n"
     "29 28 8:1 / /boot/efi rw - vfat /dev/sda1 rw,fmask=0077\n";
 
-QByteArrayList mountPoints(const QList<MountEntry>& mounts) {
-    QByteArrayList points;
-    for (const MountEntry& mount : mounts)
-        points << mount.mountPoint;
-    return points;
-}
-
 void writeFile(const QString& path, const QByteArray& text) {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -44,11 +37,9 @@ void makeLink(const QByteArray& target, const QByteArray& link) {
 // df's figures for "/" in bytes: its size is f_blocks * f_frsize and its Available
 // f_bavail * f_frsize.
 std::pair<qint64, qint64> dfRoot() {
-    QProcess df;
-    df.start(QStringLiteral("df"), {"-B1", "--output=size,avail", "/"});
-    df.waitForFinished(30000);
-    const QByteArrayList fields =
-        df.readAllStandardOutput().split('\n').value(1).simplified().split(' ');
+    const QByteArray out =
+        runForOutput("/usr/bin/df", {"-B1", "--output=size,avail", "/"}).value_or(QByteArray());
+    const QByteArrayList fields = out.split('\n').value(1).simplified().split(' ');
     return {fields.value(0).toLongLong(), fields.value(1).toLongLong()};
 }
 
@@ -161,17 +152,18 @@ private Q_SLOTS:
     void rules() {
         QFETCH(QByteArray, mountInfo);
         QFETCH(QByteArrayList, listed);
-        QCOMPARE(mountPoints(browsableLocalMounts(fixture(mountInfo))), listed);
+        QByteArrayList points;
+        for (const MountEntry& mount : browsableLocalMounts(fixture(mountInfo)))
+            points << mount.mountPoint;
+        QCOMPARE(points, listed);
     }
 
-    void unreadableTableListsNothing() {
+    // A table that cannot be read lists nothing. A volume whose device does not exist has
+    // no label to be found and no disk to be told: it is named by its mount point.
+    void whatCannotBeRead() {
         const MountTableFiles files{QFile::encodeName(tmp.filePath("missing")), "/etc/fstab"};
         QVERIFY(browsableLocalMounts(files).isEmpty());
         QVERIFY(mountedVolumes(files).isEmpty());
-    }
-
-    void nameFallsBackToMountPoint() {
-        // Neither device exists, so no label can be found and no disk told.
         const QList<VolumeInfo> volumes = mountedVolumes(
             fixture("40 26 8:250 / /mnt/no-such-volume rw - ext4 /dev/sizeloom-none rw\n"));
         QCOMPARE(volumes.size(), 2);

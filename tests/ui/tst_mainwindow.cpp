@@ -1,7 +1,6 @@
 #include "TempTree.h"
 #include "WindowFixture.h"
 #include "app/UserDefaults.h"
-#include "platform/LaunchArguments.h"
 #include "text/SizeText.h"
 
 #include <QApplication>
@@ -20,32 +19,24 @@ bool visible(QWidget* widget) {
 using Names = QList<QByteArray>;
 
 // Someone opening the FIFO to read it would block until a writer comes: this watcher
-// is that writer, and notes that a reader was there.
-class FifoReaderWatch {
-public:
+// is that writer, and notes that a reader was there. It stops on every way out.
+struct FifoReaderWatch {
     explicit FifoReaderWatch(const QByteArray& fifo)
-        : watcher([this, fifo] {
-              while (!done) {
-                  const int fd = open(fifo.constData(), O_WRONLY | O_NONBLOCK);
-                  if (fd >= 0) {
+        : watcher([this, fifo](std::stop_token stop) {
+              for (; !stop.stop_requested(); QThread::msleep(20))
+                  if (const int fd = open(fifo.constData(), O_WRONLY | O_NONBLOCK); fd >= 0) {
                       wasRead = true;
                       close(fd);
                   }
-                  QThread::msleep(20);
-              }
           }) {}
-    ~FifoReaderWatch() { stop(); }
     // Whether anyone opened the FIFO for reading.
     bool stop() {
-        done = true;
-        if (watcher.joinable())
-            watcher.join();
+        watcher.request_stop();
+        watcher.join();
         return wasRead;
     }
-
-private:
-    std::atomic<bool> done{false}, wasRead{false};
-    std::thread watcher;
+    std::atomic<bool> wasRead{false};
+    std::jthread watcher;
 };
 
 // What of a widget has been painted again.
@@ -91,19 +82,16 @@ class TestMainWindow : public QObject {
 private Q_SLOTS:
     void initTestCase() { QVERIFY(tmp.isValid()); }
 
-    void emptyFaceAtLaunch() {
-        WindowFixture f;
-        checkFace(f.c, false);
-        QCOMPARE(f.c.status->text(), t("status_initial"));
-        QCOMPARE(f.c.emptyTitle->text(), QString("Drop a folder here"));
-        QCOMPARE(f.model().rowCount(), 0);
-    }
-
-    // Opening: both forms of the status line, unknown then known cells, and the level
-    // sorted with its open and selected rows kept, the selection drawn as a band.
-    void openSortAndSelect() {
+    // The empty face at launch; then opening: both forms of the status line, unknown
+    // then known cells, and the level sorted with its open and selected rows kept, the
+    // selection drawn as a band; then up to the folder above.
+    void openSortSelectAndGoUp() {
         WindowFixture f;
         AppController& c = f.c;
+        checkFace(c, false);
+        QCOMPARE(c.status->text(), t("status_initial"));
+        QCOMPARE(c.emptyTitle->text(), QString("Drop a folder here"));
+        QCOMPARE(f.model().rowCount(), 0);
         c.window->show();
         const QByteArray folder = sampleTree();
         const QString path = QFile::decodeName(folder);
@@ -161,13 +149,20 @@ private Q_SLOTS:
             const QColor seen = picture.pixelColor(x, y);
             return seen.red() > 230 && seen.green() > 80 && seen.green() < 130 && seen.blue() < 90;
         };
-        QVERIFY(!isAccent(1, middle));
-        QVERIFY(isAccent(4, middle));
-        QVERIFY(isAccent(width - 5, middle));
-        QVERIFY(!isAccent(width - 2, middle));
+        QVERIFY(!isAccent(1, middle) && isAccent(4, middle));
+        QVERIFY(isAccent(width - 5, middle) && !isAccent(width - 2, middle));
         QVERIFY(!isAccent(10, cell.top())); // 1 point clear above
         QVERIFY(
             !isAccent(4, c.outline->visualRect(f.childNamed(f.rootIndex(), "mid")).center().y()));
+
+        // The up button opens the folder above; "/" has none.
+        QTest::mouseClick(c.upButton, Qt::LeftButton);
+        QCOMPARE(c.rootNode->url, tmp.bytes());
+        c.openPath("/");
+        QVERIFY(!c.upButton->isEnabled());
+        const NodePtr top = c.rootNode;
+        c.goUp();
+        QCOMPARE(c.rootNode, top);
     }
 
     void refreshAfterChangesOnDisk_data() {
@@ -227,13 +222,11 @@ private Q_SLOTS:
         QVERIFY(f.openAt(sampleTree()));
         const QModelIndex big = f.childNamed(f.rootIndex(), "big");
         const NodePtr bigNode = f.model().nodeAt(big);
-        if (dropped) {
+        if (dropped)
             f.model().fetchMore(big);
-            QVERIFY(f.listed(bigNode));
-        } else {
+        else
             c.ensureListed(bigNode); // listed by the controller, not yet shown
-            QVERIFY(f.listed(bigNode));
-        }
+        QVERIFY(f.listed(bigNode));
         int announced = f.model().rowCount(big);
         const auto fetchAll = [&](const QModelIndex& parent) {
             if (f.model().canFetchMore(parent))
@@ -260,92 +253,41 @@ private Q_SLOTS:
         QCOMPARE(announced, 2);
     }
 
-    void secondOpenWhileFirstMeasures() {
-        WindowFixture f;
-        AppController& c = f.c;
-        const QByteArray first = tmp.freshFolder();
-        // Many entries below one folder: its total comes long after the second's.
-        makeDir(join(first, "d"));
-        for (int i = 0; i < 10000; ++i)
-            writeFile(join(first, "d/" + QByteArray::number(i)), 0);
-        const QByteArray second = sampleTree();
-        c.openPath(first);
-        const NodePtr oldRoot = c.rootNode;
-        c.openPath(second);
-        QVERIFY(f.settled());
-        // The first tree's work is dropped: it lets go of the old root without a result.
-        QTRY_COMPARE_WITH_TIMEOUT(oldRoot.use_count(), 1L, 20000);
-        QCOMPARE(oldRoot->size(), qint64(-1));
-        QVERIFY(c.status->text().startsWith(QFile::decodeName(second)));
-        QCOMPARE(f.model().nodeAt(f.rootIndex()), c.rootNode);
-        QCOMPARE(f.model().rowCount(f.rootIndex()), 4);
-    }
-
-    void pathField_data() {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("opened"); // empty: not a folder, the message is shown
-        QTest::newRow("tilde") << QString("~/home-sub") << QString("BASE/home/home-sub");
-        QTest::newRow("trailing blank") << QString("BASE/home ") << QString();
-        QTest::newRow("a file") << QString("BASE/file") << QString();
-        QTest::newRow("empty") << QString() << QString();
-    }
-    void pathField() {
-        QFETCH(QString, typed);
-        QFETCH(QString, opened);
-        const QString folder = QFile::decodeName(tmp.freshFolder());
-        makeDir(QFile::encodeName(folder + "/home"));
-        makeDir(QFile::encodeName(folder + "/home/home-sub"));
-        writeFile(QFile::encodeName(folder + "/file"), 5);
-        typed.replace("BASE", folder);
-        opened.replace("BASE", folder);
-        const QByteArray oldHome = qgetenv("HOME");
-        qputenv("HOME", QFile::encodeName(folder + "/home"));
-
-        WindowFixture f;
-        AppController& c = f.c;
-        c.openPath(QFile::encodeName(folder));
-        c.pathField->setText(typed);
-        QTest::keyClick(c.pathField, Qt::Key_Return);
-        qputenv("HOME", oldHome);
-        const QString root = opened.isEmpty() ? folder : opened;
-        QCOMPARE(c.rootNode->url, QFile::encodeName(root));
-        QCOMPARE(c.pathField->text(), opened.isEmpty() ? typed : opened);
-        if (opened.isEmpty())
-            QCOMPARE(c.status->text(), "Not a folder: " + typed);
-    }
-
-    // A folder handed in by a drop, as the launch argument or by the desktop.
+    // A folder typed into the path field, handed in by a drop, as the launch argument or
+    // by the desktop. What was open before stays open when the item is no folder.
     void folderHandedIn_data() {
         QTest::addColumn<QString>("way");
         QTest::addColumn<QByteArrayList>("items");
         QTest::addColumn<QByteArray>("opened"); // empty: nothing opened
+        QTest::addColumn<bool>("refused");      // "Not a folder" is shown
         using L = QByteArrayList;
         const QByteArray none;
-        QTest::newRow("drop of two folders") << "drop" << L{"one", "two"} << QByteArray("one");
-        QTest::newRow("drop of a file") << "drop" << L{"file"} << none;
+        QTest::newRow("typed with a tilde") << "typed" << L{"~/one"} << QByteArray("one") << false;
+        // Blanks belong to the path: a trailing blank is a different name.
+        QTest::newRow("typed with a trailing blank") << "typed" << L{"one "} << none << true;
+        QTest::newRow("typed empty") << "typed" << L{""} << none << true;
+        QTest::newRow("drop of two folders")
+            << "drop" << L{"one", "two"} << QByteArray("one") << false;
+        QTest::newRow("drop of a file") << "drop" << L{"file"} << none << true;
         QTest::newRow("drop of a link, a folder")
-            << "drop" << L{"http://a.org/x", "two"} << QByteArray("two");
-        QTest::newRow("drop of nothing local") << "drop" << L{"http://a.org/x"} << none;
-        QTest::newRow("launch on a folder") << "launch" << L{"caf\xe9"} << QByteArray("caf\xe9");
-        QTest::newRow("launch on a file") << "launch" << L{"file"} << none;
-        QTest::newRow("launch on nothing there") << "launch" << L{"missing"} << none;
-        QTest::newRow("desktop hands over nothing") << "desktop" << L{} << none;
+            << "drop" << L{"http://a.org/x", "two"} << QByteArray("two") << false;
+        QTest::newRow("drop of nothing local") << "drop" << L{"http://a.org/x"} << none << false;
+        QTest::newRow("launch on a folder")
+            << "launch" << L{"caf\xe9"} << QByteArray("caf\xe9") << false;
+        QTest::newRow("launch on nothing there") << "launch" << L{"missing"} << none << true;
+        QTest::newRow("desktop hands over nothing") << "desktop" << L{} << none << false;
         QTest::newRow("desktop hands over two")
-            << "desktop" << L{"one", "two"} << QByteArray("one");
-        QTest::newRow("desktop hands over a file") << "desktop" << L{"file"} << none;
-        QTest::newRow("desktop hands over nothing there") << "desktop" << L{"missing"} << none;
+            << "desktop" << L{"one", "two"} << QByteArray("one") << false;
+        QTest::newRow("desktop hands over a file") << "desktop" << L{"file"} << none << true;
         // As the path of "file:-x" reads: relative, and an option to whatever takes it.
-        QTest::newRow("desktop hands over a relative path") << "desktop" << L{"file:-x"} << none;
-        // What a second launch beside this window hands over for its arguments.
-        QTest::newRow("later launch names nothing there")
-            << "forwarded" << L{"--no-such-folder"} << none;
-        QTest::newRow("later launch names a folder")
-            << "forwarded" << L{"one"} << QByteArray("one");
+        QTest::newRow("desktop hands over a relative path")
+            << "desktop" << L{"file:-x"} << none << true;
     }
     void folderHandedIn() {
         QFETCH(QString, way);
         QFETCH(QByteArrayList, items);
         QFETCH(QByteArray, opened);
+        QFETCH(bool, refused);
         const QByteArray folder = tmp.freshFolder();
         for (const char* name : {"one", "two", "caf\xe9"})
             makeDir(join(folder, name));
@@ -355,20 +297,20 @@ private Q_SLOTS:
             urls << (item.contains(':')
                          ? QUrl(QString::fromUtf8(item))
                          : QUrl::fromLocalFile(QFile::decodeName(join(folder, item))));
-        // What was open before stays open when the item is no folder.
         const QByteArray before = join(folder, "two");
         WindowFixture f;
         f.c.window->show();
         f.c.openPath(before);
-        if (way == "launch") {
+        if (way == "typed") {
+            const QByteArray item = items[0], home = qgetenv("HOME");
+            qputenv("HOME", folder);
+            f.c.pathField->setText(item.startsWith('~') || item.isEmpty()
+                                       ? QString::fromUtf8(item)
+                                       : QFile::decodeName(join(folder, item)));
+            QTest::keyClick(f.c.pathField, Qt::Key_Return);
+            qputenv("HOME", home);
+        } else if (way == "launch") {
             f.c.applicationDidFinishLaunching({"sizeloom", join(folder, items[0])});
-        } else if (way == "forwarded") {
-            const QString was = QDir::currentPath();
-            QDir::setCurrent(QFile::decodeName(folder));
-            const QStringList uris = urisForArguments({items[0]});
-            QDir::setCurrent(was);
-            f.c.applicationOpen({QUrl(uris.first())});
-            urls = {QUrl(uris.first())};
         } else if (way == "desktop") {
             f.c.applicationOpen(urls);
         } else {
@@ -383,26 +325,19 @@ private Q_SLOTS:
             QCOMPARE(drop.isAccepted(), urls.constLast().isLocalFile());
         }
         QCOMPARE(f.c.rootNode->url, opened.isEmpty() ? before : join(folder, opened));
-        const bool refused = opened.isEmpty() && !urls.isEmpty() && urls.constLast().isLocalFile();
         QCOMPARE(f.c.status->text().startsWith(t("not_a_folder")), refused);
     }
 
     // A folder whose name is markup is shown as its name: the status line neither
-    // restyles it nor loads the image it names (a FIFO here, which would block for good).
-    void markupNameShownAsText_data() {
-        QTest::addColumn<QByteArray>("name");
-        // A name holds no "/", so no closing tags; rich text does without them.
-        QTest::newRow("font") << QByteArray("<font size=7 color=red>big");
-        QTest::newRow("heading") << QByteArray("<h1>Heading");
-        QTest::newRow("image of a FIFO") << QByteArray("<img src=FIFO>");
-    }
+    // restyles it as a heading nor loads the image it names (a FIFO here, which would
+    // block for good). A name holds no "/", so no closing tags; rich text does without.
     void markupNameShownAsText() {
-        QFETCH(QByteArray, name);
         const QByteArray folder = tmp.freshFolder();
         const QByteArray fifo = join(folder, "fifo");
         QVERIFY(mkfifo(fifo.constData(), 0600) == 0);
-        name.replace("FIFO", QUrl::toPercentEncoding(QFile::decodeName(fifo)));
-        const QByteArray marked = join(folder, name);
+        const QByteArray marked =
+            join(folder,
+                 "<h1>Heading<img src=" + QUrl::toPercentEncoding(QFile::decodeName(fifo)) + ">");
         makeDir(marked);
 
         FifoReaderWatch watch(fifo);
@@ -440,58 +375,37 @@ private Q_SLOTS:
         QTRY_VERIFY(painted.region.contains(lastRowOnScreen));
     }
 
-    void upButton() {
-        WindowFixture f;
-        AppController& c = f.c;
-        const QByteArray folder = tmp.freshFolder();
-        c.openPath(folder);
-        QTest::mouseClick(c.upButton, Qt::LeftButton);
-        QCOMPARE(c.rootNode->url, tmp.bytes());
-
-        c.openPath("/");
-        QVERIFY(!c.upButton->isEnabled());
-        const NodePtr root = c.rootNode;
-        c.goUp();
-        QCOMPARE(c.rootNode, root);
-    }
-
-    // The settings file is the person's to edit, or anyone's to craft: a frame that no
-    // screen can show is not taken.
-    void craftedFrameIsNotTaken_data() {
+    // The frame of the last run comes back. The settings file is the person's to edit,
+    // or anyone's to craft: a frame that no screen can show is not taken.
+    void frameFromTheLastRun_data() {
         QTest::addColumn<QRect>("saved");
+        QTest::addColumn<bool>("crafted"); // else saved by the window as it closed
         QTest::addColumn<bool>("taken");
-        QTest::newRow("fits") << QRect(40, 50, 700, 480) << true;
-        QTest::newRow("huge") << QRect(0, 0, 32767, 32767) << false;
+        QTest::newRow("kept from the last run") << QRect(40, 50, 700, 480) << false << true;
+        QTest::newRow("huge") << QRect(0, 0, 32767, 32767) << true << false;
         // Its size is kept, and it is brought back where a screen shows it.
-        QTest::newRow("off every screen") << QRect(-5000, -5000, 600, 400) << true;
+        QTest::newRow("off every screen") << QRect(-5000, -5000, 600, 400) << true << true;
     }
-    void craftedFrameIsNotTaken() {
+    void frameFromTheLastRun() {
         QFETCH(QRect, saved);
+        QFETCH(bool, crafted);
         QFETCH(bool, taken);
         userDefaults()->clear();
-        {
-            QWidget crafted;
-            crafted.setGeometry(saved);
-            userDefaults()->setValue("SizeloomMain", crafted.saveGeometry());
+        if (crafted) {
+            QWidget widget;
+            widget.setGeometry(saved);
+            userDefaults()->setValue("SizeloomMain", widget.saveGeometry());
+        } else {
+            WindowFixture f;
+            f.c.window->show();
+            f.c.window->setGeometry(saved);
+            saved = f.c.window->geometry();
+            f.c.window->close();
         }
         WindowFixture f;
         const QRect shown = f.c.window->geometry();
         QCOMPARE(shown.size(), taken ? saved.size() : QSize(820, 600));
         QVERIFY(!taken || QGuiApplication::primaryScreen()->availableGeometry().contains(shown));
-    }
-
-    void frameIsKeptBetweenRuns() {
-        userDefaults()->clear();
-        QRect placed;
-        {
-            WindowFixture f;
-            f.c.window->show();
-            f.c.window->setGeometry(40, 50, 700, 480);
-            placed = f.c.window->geometry();
-            f.c.window->close();
-        }
-        WindowFixture f;
-        QCOMPARE(f.c.window->geometry().size(), placed.size());
     }
 };
 

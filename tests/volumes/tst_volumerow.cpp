@@ -62,14 +62,10 @@ private Q_SLOTS:
         QFETCH(QString, freeText);
         QFETCH(QString, totalText);
         Loc::current = lang;
-        const AttributedText expected{{freeText, accentColor(), QFont::DemiBold},
-                                      {totalText, secondaryTextColor(), QFont::Normal}};
-        QCOMPARE(capAttr(42'500'000'000, 500'000'000'000), expected);
-    }
-
-    // The label shows each run with its colour and weight, blanks and markup as they are.
-    void richTextKeepsRuns() {
-        AttributedText runs = capAttr(1'500'000'000, 250'000'000'000);
+        AttributedText runs{{freeText, accentColor(), QFont::DemiBold},
+                            {totalText, secondaryTextColor(), QFont::Normal}};
+        QCOMPARE(capAttr(42'500'000'000, 500'000'000'000), runs);
+        // The label shows each run with its colour and weight, blanks and markup as they are.
         runs << TextRun{"<b>&  x", Qt::black, QFont::Normal};
         for (TextRun& run : runs) // as 8-bit channels, the precision of rich text
             run.color = QColor::fromRgba(run.color.rgba());
@@ -81,6 +77,8 @@ private Q_SLOTS:
         QTest::addColumn<qint64>("total");
         QTest::addColumn<double>("fraction");
         QTest::newRow("a quarter free") << "Data" << qint64(100'000'000'000) << 0.25;
+        // A label is the file system's own text: markup in it is shown, not obeyed.
+        QTest::newRow("markup in the name") << "<h1>D&amp;" << qint64(10) << 0.5;
         QTest::newRow("empty volume") << "Data" << qint64(0) << 0.0;
         QTest::newRow("long name cut at the end") << QString(200, u'W') << qint64(1) << 1.0;
     }
@@ -98,6 +96,7 @@ private Q_SLOTS:
         QCOMPARE(icon->pixmap().toImage(), driveIcon(true, icon->devicePixelRatioF()).toImage());
         QCOMPARE(bar->fraction(), fraction);
         QCOMPARE(capacity->text(), richText(capAttr(free, total)));
+        QCOMPARE(label->textFormat(), Qt::PlainText);
         if (name.size() < 100)
             QCOMPARE(label->text(), name);
         else
@@ -135,10 +134,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("filled");
         QTest::newRow("free = total") << 200 << 1.0 << 200;
         QTest::newRow("half") << 200 << 0.5 << 100;
-        QTest::newRow("a quarter") << 240 << 0.25 << 60;
         QTest::newRow("exactly half a point") << 100 << 0.005 << 0;
         QTest::newRow("just over half a point, drawn as high as the bar") << 100 << 0.006 << 7;
-        QTest::newRow("narrower than high, drawn as high") << 200 << 0.02 << 7;
         QTest::newRow("more than whole") << 200 << 1.7 << 200;
         QTest::newRow("negative") << 200 << -0.3 << 0;
     }

@@ -74,26 +74,6 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!rowNamed(controller, label), 1000);
     }
 
-    // A label is the file system's own text: markup in it is shown, not obeyed.
-    void markupLabelShownAsText() {
-        AppController controller;
-        std::unique_ptr<QWidget> panel(controller.makeVolumesPanel());
-        panel->show();
-        const QString label = QStringLiteral("<h1>Big%1").arg(getpid() % 1000);
-        LoopImage image;
-        LOOP_MOUNT_OR_SKIP(image, label);
-        controller.refreshVolumes();
-        QTRY_VERIFY(rowNamed(controller, label));
-        const auto labels = rowNamed(controller, label)->findChildren<QLabel*>();
-        QLabel* name = *std::ranges::find(labels, label, &QLabel::text);
-        QLabel reference;
-        reference.setTextFormat(Qt::PlainText);
-        reference.setFont(name->font());
-        reference.setText(label);
-        // Laid out as the bare text is, not as a heading.
-        QCOMPARE(name->sizeHint().height(), reference.sizeHint().height());
-    }
-
     // Stand-ins for the settings programs note how they were started.
     void grantButtonOpensAppPermissions_data() {
         QTest::addColumn<QStringList>("installed");
