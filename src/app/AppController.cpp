@@ -1,18 +1,27 @@
 #include "app/AppController.h"
 
+#include "core/TreeDisplay.h"
+
 AppController::AppController(QObject* parent)
     : QObject(parent), sizeQueue(new QThreadPool), lifeFlag(StopFlag::make()),
       treeFlag(StopFlag::make(lifeFlag)), inbox(MainThreadInbox::make()) {
     sizeQueue->setMaxThreadCount(6);
     engine = makeMeasureEngine(sizeQueue);
-    inbox->afterSlice = [this] { return announceNewRows(); };
+    inbox->displayWorkDue = [this] { return rowsDueForAnnouncement(); };
+    // The outline lays the new rows out at once, in this pass of the event loop, rather
+    // than in the next, where the next slice of results runs.
+    inbox->displayWork = [this] {
+        if (announceNewRows() && display)
+            display->layOutNow();
+    };
 }
 
 AppController::~AppController() {
     // Nothing queued starts now, and the du children that are running end, so the
     // workers come back at once.
     lifeFlag->stop();
-    inbox->afterSlice = nullptr;
+    inbox->displayWorkDue = nullptr;
+    inbox->displayWork = nullptr;
     dropTreeWork();
     engine.reset();
     sizeQueue->clear();

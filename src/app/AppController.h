@@ -152,11 +152,17 @@ private:
     friend class ListingReceiver;
     void applyListedEntries(const NodePtr& folder, const std::vector<WalkEntry>& entries);
     void applyChildSize(const NodePtr& folder, size_t index, qint64 size);
-    // Tells the display of the rows listed since the last time, after each slice; a
-    // large level once it has grown enough or its rows have waited long enough, and
-    // the level whose listing has just ended in any case.
+    // Tells the display of the rows listed since the last time that are due: a small
+    // level's at once; a large level's once it has grown enough or its rows have waited
+    // long enough; a level's last rows when its listing has ended.
     // True when it told the display of any.
-    bool announceNewRows(const Node* listingEnded = nullptr);
+    bool announceNewRows();
+    // Some listed rows are due to be announced. Rows held back get a look when their
+    // time is up, even if no more results come.
+    bool rowsDueForAnnouncement();
+    // The folder's rows listed so far are announced next time, however few.
+    void rowsDueNow(const Node& folder);
+    void lookAtHeldRowsInTime();
     void applyListingEnd(const NodePtr& folder);
     void applyFolderTotal(const NodePtr& folder, qint64 size);
     // One of the folder's outstanding measurements (or its listing) is in: once none
@@ -195,13 +201,14 @@ private:
     // Brings the engine's results to the main thread in slices.
     const std::shared_ptr<MainThreadInbox> inbox;
     // Folders with rows listed but not yet announced, the first of those rows, and how
-    // long they may still wait.
+    // long they may still wait (none once the listing has ended).
     struct Unannounced {
         NodePtr folder;
         size_t first;
         QDeadlineTimer held;
     };
     std::vector<Unannounced> unannounced;
+    bool isDue(const Unannounced& run) const;
     // A look at the rows held back is due.
     bool heldRowsTimed = false;
     void revealItem(const QByteArray& path);

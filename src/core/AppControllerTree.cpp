@@ -61,30 +61,51 @@ void AppController::applyListedEntries(const NodePtr& folder,
     }
 }
 
-bool AppController::announceNewRows(const Node* listingEnded) {
+bool AppController::isDue(const Unannounced& run) const {
+    // A listing discarded meanwhile has no rows to announce.
+    if (!display || !run.folder->children)
+        return false;
+    return run.held.hasExpired() ||
+           worthAnnouncing(run.first, run.folder->children->size() - run.first);
+}
+
+void AppController::rowsDueNow(const Node& folder) {
+    for (Unannounced& run : unannounced)
+        if (run.folder.get() == &folder)
+            run.held = QDeadlineTimer(0);
+}
+
+bool AppController::rowsDueForAnnouncement() {
+    if (std::ranges::any_of(unannounced, [this](const Unannounced& run) { return isDue(run); }))
+        return true;
+    lookAtHeldRowsInTime();
+    return false;
+}
+
+void AppController::lookAtHeldRowsInTime() {
+    // A listing that stops halfway (on a slow network share) sends no more results to
+    // bring its held rows out.
+    if (unannounced.empty() || heldRowsTimed)
+        return;
+    heldRowsTimed = true;
+    QTimer::singleShot(kRowsHeldAtMostMs, this, [this] {
+        heldRowsTimed = false;
+        if (announceNewRows() && display)
+            display->layOutNow();
+    });
+}
+
+bool AppController::announceNewRows() {
     // Sorted out before anything is announced: the display may call back into the
     // controller while it takes in new rows.
     std::vector<Unannounced> due;
     for (Unannounced& run : std::exchange(unannounced, {})) {
-        // A listing discarded meanwhile has no rows to announce.
-        if (!display || !run.folder->children)
-            continue;
-        const size_t listed = run.folder->children->size();
-        if (run.folder.get() == listingEnded || run.held.hasExpired() ||
-            worthAnnouncing(run.first, listed - run.first))
+        if (isDue(run))
             due.push_back(std::move(run));
-        else
+        else if (display && run.folder->children)
             unannounced.push_back(std::move(run));
     }
-    // Rows held back go out when their time is up even if no more results come (a
-    // listing that stops halfway, on a slow network share).
-    if (!unannounced.empty() && !heldRowsTimed) {
-        heldRowsTimed = true;
-        QTimer::singleShot(kRowsHeldAtMostMs, this, [this] {
-            heldRowsTimed = false;
-            announceNewRows();
-        });
-    }
+    lookAtHeldRowsInTime();
     bool announced = false;
     for (const Unannounced& run : due)
         if (display && run.folder->children && run.folder->children->size() > run.first) {
@@ -97,9 +118,9 @@ bool AppController::announceNewRows(const Node* listingEnded) {
 void AppController::applyListingEnd(const NodePtr& folder) {
     const bool stillMeasuring = folder->pending > 1;
     settleOneMeasurement(folder);
-    // The last rows go out now, however few, unless the sort brings them.
+    // The last rows go out after this slice, however few, unless the sort brings them.
     if (stillMeasuring)
-        announceNewRows(folder.get());
+        rowsDueNow(*folder);
 }
 
 void AppController::applyChildSize(const NodePtr& folder, size_t index, qint64 size) {
@@ -144,7 +165,8 @@ void AppController::sortLevel(const NodePtr& folder, const StopFlagPtr& wanted,
         return;
     folder->pending = 0;
     // The rows first, so that the sort moves them rather than replacing the level.
-    announceNewRows(folder.get());
+    rowsDueNow(*folder);
+    announceNewRows();
     const auto largestFirst = [&] { moveToPlaces(*folder->children, places); };
     if (display)
         display->reorderChildren(folder, largestFirst);

@@ -25,15 +25,6 @@ void MainThreadInbox::scheduleDrain() {
 }
 
 void MainThreadInbox::drain() {
-    // The display is laying out what the last slice gave it: that gets a turn of the
-    // event loop of its own, apart from the next slice.
-    if (const qint64 left = displayTurn.remainingTime(); left > 0) {
-        QTimer::singleShot(left, QCoreApplication::instance(), [weak = weak_from_this()] {
-            if (const std::shared_ptr<MainThreadInbox> inbox = weak.lock())
-                inbox->drain();
-        });
-        return;
-    }
     QElapsedTimer slice;
     slice.start();
     bool applied = false;
@@ -41,21 +32,45 @@ void MainThreadInbox::drain() {
         std::function<void()> next;
         {
             std::lock_guard guard(lock);
-            if (waiting.empty()) {
-                drainScheduled = false;
+            // The rest after the event loop's next turn.
+            if (waiting.empty() || slice.elapsed() >= sliceMs)
                 break;
-            }
-            if (slice.elapsed() >= sliceMs) {
-                // The rest after the event loop's next turn.
-                scheduleDrain();
-                break;
-            }
             next = std::move(waiting.front());
             waiting.pop_front();
         }
         next();
         applied = true;
     }
-    if (applied && afterSlice && afterSlice())
-        displayTurn.setRemainingTime(displayTurnMs);
+    // The display's work runs in a pass of the event loop of its own: in this one, Qt
+    // would lay the new rows out right after the slice. The next slice comes in a pass
+    // after that work; until then the drain counts as scheduled, so no result starts
+    // one sooner. Both go by timers: Qt runs timers only once no posted call is left,
+    // so a posted call would run the display's pass into the next slice's.
+    if (applied && displayWorkDue && displayWorkDue()) {
+        QTimer::singleShot(1, QCoreApplication::instance(), [weak = weak_from_this()] {
+            const std::shared_ptr<MainThreadInbox> inbox = weak.lock();
+            if (!inbox)
+                return;
+            if (inbox->displayWork)
+                inbox->displayWork();
+            std::lock_guard guard(inbox->lock);
+            if (inbox->waiting.empty())
+                inbox->drainScheduled = false;
+            else
+                QTimer::singleShot(1, QCoreApplication::instance(), [weak] {
+                    if (const std::shared_ptr<MainThreadInbox> inbox = weak.lock())
+                        inbox->drain();
+                });
+        });
+        return;
+    }
+    std::lock_guard guard(lock);
+    continueOrRest();
+}
+
+void MainThreadInbox::continueOrRest() {
+    if (waiting.empty())
+        drainScheduled = false;
+    else
+        scheduleDrain();
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <deque>
 #include <functional>
@@ -20,22 +19,24 @@ public:
     void post(std::function<void()> work);
     // Applies what has come, one slice at most; called by the event loop.
     void drain();
-    // Runs on the main thread after each slice that applied something; true when it
-    // gave the display work of its own (new rows to lay out), which then gets
-    // displayTurnMs before the next slice.
-    std::function<bool()> afterSlice;
+    // Runs on the main thread after each slice that applied something: true when the
+    // display has work due (new rows to take in and lay out). That work, displayWork,
+    // then runs in a pass of the event loop of its own, after this slice and before the
+    // next one, so neither shares a pass with the other.
+    std::function<bool()> displayWorkDue;
+    std::function<void()> displayWork;
 
     // Time one slice may take.
     static constexpr qint64 sliceMs = 8;
-    static constexpr qint64 displayTurnMs = 2;
 
 private:
     MainThreadInbox() = default;
+    // Both with the lock held.
     void scheduleDrain();
+    void continueOrRest();
 
     std::mutex lock;
     std::deque<std::function<void()>> waiting;
+    // A drain is posted, or under way, or waits for the display's work.
     bool drainScheduled = false;
-    // Main thread only.
-    QDeadlineTimer displayTurn;
 };

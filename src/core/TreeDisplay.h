@@ -33,6 +33,9 @@ public:
     // The folder's children are about to be put in another order by `reorder`, which
     // the display calls once, after telling its views and before showing the new order.
     virtual void reorderChildren(const NodePtr& folder, const std::function<void()>& reorder) = 0;
+    // What the rows just appended need of the views (their layout) is done now, not
+    // left to a later pass of the event loop.
+    virtual void layOutNow() {}
     // The folder's listing is about to be discarded: rows showing its children go now,
     // while the children are still there.
     virtual void dropChildren(const NodePtr& folder) = 0;

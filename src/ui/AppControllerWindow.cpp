@@ -77,6 +77,7 @@ void AppController::buildWindow() {
         return view->isExpanded(index);
     };
     model->expand = [view = outline](const QModelIndex& index) { view->expand(index); };
+    model->layOut = [view = outline] { view->layOutNow(); };
     display = model;
     outline->setColumnWidths({420, 100, 230}, {200, 80, 140});
     outline->onMenu = [self = QPointer<AppController>(this)](int row) -> QMenu* {

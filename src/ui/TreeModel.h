@@ -31,6 +31,12 @@ public:
     // How the model learns which rows are open, and opens one; the view sets them.
     std::function<bool(const QModelIndex&)> isExpanded;
     std::function<void(const QModelIndex&)> expand;
+    // Lays the view out now, if it has a layout pending.
+    std::function<void()> layOut;
+    void layOutNow() override {
+        if (layOut)
+            layOut();
+    }
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& child) const override;

@@ -12,6 +12,8 @@ class TreeOutlineView : public QTreeView {
 public:
     explicit TreeOutlineView(QWidget* parent = nullptr);
 
+    // The layout Qt would otherwise do in a later pass of the event loop, done now.
+    void layOutNow() { executeDelayedItemsLayout(); }
     // Sets the three columns' widths and their minimums.
     void setColumnWidths(const QList<int>& widths, const QList<int>& minimums);
     // Given the row of a right-click (-1 for none), or of the Menu key or Shift+F10,

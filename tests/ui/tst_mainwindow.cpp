@@ -144,13 +144,19 @@ private Q_SLOTS:
         // The band is accent-coloured and stops 3 points short of each side.
         const QImage picture = c.outline->viewport()->grab().toImage();
         const QRect cell = c.outline->visualRect(small);
-        const int middle = cell.center().y(), width = c.outline->viewport()->width();
+        // The picture's own width: a scroll bar coming meanwhile narrows the viewport.
+        const int middle = cell.center().y(), width = picture.width();
         const auto isAccent = [&](int x, int y) {
             const QColor seen = picture.pixelColor(x, y);
             return seen.red() > 230 && seen.green() > 80 && seen.green() < 130 && seen.blue() < 90;
         };
         QVERIFY(!isAccent(1, middle) && isAccent(4, middle));
-        QVERIFY(isAccent(width - 5, middle) && !isAccent(width - 2, middle));
+        // At the right end the share column's bar may lie on the band, lighter.
+        const auto onBand = [&](int x) {
+            const QColor seen = picture.pixelColor(x, middle);
+            return seen.red() > 230 && seen.green() < 170 && seen.blue() < 120;
+        };
+        QVERIFY(onBand(width - 5) && !onBand(width - 2));
         QVERIFY(!isAccent(10, cell.top())); // 1 point clear above
         QVERIFY(
             !isAccent(4, c.outline->visualRect(f.childNamed(f.rootIndex(), "mid")).center().y()));
