@@ -15,6 +15,7 @@ TreeModel::TreeModel(AppController* controller, QObject* parent)
 void TreeModel::resetRoot() {
     beginResetModel();
     exposed.clear();
+    lastLookedUp = {};
     root = controller->rootNode;
     // Views and testers walk the model while the reset is announced; nothing is
     // listed then, the root's listing comes when its row is opened.
@@ -34,7 +35,10 @@ Node* TreeModel::nodeOf(const QModelIndex& index) const {
 }
 
 int TreeModel::exposedRows(const Node& folder) const {
-    return exposed.value(&folder, 0);
+    // Laying out a level asks for each of its rows in turn: one look-up serves them all.
+    if (lastLookedUp.first != &folder)
+        lastLookedUp = {&folder, exposed.value(&folder, 0)};
+    return lastLookedUp.second;
 }
 
 NodePtr TreeModel::nodeAt(const QModelIndex& index) const {
@@ -123,11 +127,13 @@ void TreeModel::exposeChildren(const NodePtr& folder, const QModelIndex& folderI
     const int count = int(folder->children->size());
     if (count == 0) {
         exposed.insert(folder.get(), 0);
+        lastLookedUp = {};
         return;
     }
     changing.insert(folder.get());
     beginInsertRows(folderIndex, 0, count - 1);
     exposed.insert(folder.get(), count);
+    lastLookedUp = {};
     endInsertRows();
     changing.remove(folder.get());
 }
@@ -136,6 +142,7 @@ void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderI
     const int count = exposedRows(folder);
     if (count == 0) {
         exposed.remove(&folder);
+        lastLookedUp = {};
         return;
     }
     changing.insert(&folder);
@@ -146,6 +153,7 @@ void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderI
 }
 
 void TreeModel::forgetExposed(const Node& folder) {
+    lastLookedUp = {};
     // Only a folder with exposed rows can have exposed folders below it.
     if (!exposed.remove(&folder) || !folder.children)
         return;
@@ -164,6 +172,7 @@ void TreeModel::rowsAppended(const NodePtr& folder, size_t first, size_t count) 
         return;
     beginInsertRows(folderIndex, int(first), int(first + count) - 1);
     exposed.insert(folder.get(), int(first + count));
+    lastLookedUp = {};
     endInsertRows();
 }
 

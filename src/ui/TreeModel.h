@@ -67,6 +67,8 @@ private:
     // How many of its children every folder with exposed rows shows. Nothing is kept
     // per row: a large folder's rows cost the model nothing beyond the nodes.
     QHash<const Node*, int> exposed;
+    // The last folder looked up in `exposed`, and its rows; cleared on every change.
+    mutable std::pair<const Node*, int> lastLookedUp;
     RowIcons icons;
     bool resetting = false;
     // Folders whose rows are being added or removed. Views and testers walk the model
