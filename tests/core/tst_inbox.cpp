@@ -15,7 +15,8 @@ private Q_SLOTS:
         // Posted now, it runs in the next pass of the event loop.
         const auto nextPass = [&](const QString& what) {
             QMetaObject::invokeMethod(
-                qApp, [&happened, what] { happened << what; }, Qt::QueuedConnection);
+                QCoreApplication::instance(), [&happened, what] { happened << what; },
+                Qt::QueuedConnection);
         };
         bool first = true;
         inbox->displayWorkDue = [&] {
