@@ -1,19 +1,12 @@
 #include "app/AppController.h"
 
-#include "core/TreeDisplay.h"
-
 AppController::AppController(QObject* parent)
     : QObject(parent), sizeQueue(new QThreadPool), lifeFlag(StopFlag::make()),
       treeFlag(StopFlag::make(lifeFlag)), inbox(MainThreadInbox::make()) {
     sizeQueue->setMaxThreadCount(6);
     engine = makeMeasureEngine(sizeQueue);
     inbox->displayWorkDue = [this] { return rowsDueForAnnouncement(); };
-    // The outline lays the new rows out at once, in this pass of the event loop, rather
-    // than in the next, where the next slice of results runs.
-    inbox->displayWork = [this] {
-        if (announceNewRows() && display)
-            display->layOutNow();
-    };
+    inbox->displayWork = [this] { showDueRows(); };
 }
 
 AppController::~AppController() {

@@ -163,6 +163,8 @@ private:
     // The folder's rows listed so far are announced next time, however few.
     void rowsDueNow(const Node& folder);
     void lookAtHeldRowsInTime();
+    // The rows due are announced and laid out, in one pass of the event loop.
+    void showDueRows();
     void applyListingEnd(const NodePtr& folder);
     void applyFolderTotal(const NodePtr& folder, qint64 size);
     // One of the folder's outstanding measurements (or its listing) is in: once none

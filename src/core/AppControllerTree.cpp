@@ -90,9 +90,15 @@ void AppController::lookAtHeldRowsInTime() {
     heldRowsTimed = true;
     QTimer::singleShot(kRowsHeldAtMostMs, this, [this] {
         heldRowsTimed = false;
-        if (announceNewRows() && display)
-            display->layOutNow();
+        showDueRows();
     });
+}
+
+void AppController::showDueRows() {
+    // The outline lays the new rows out at once, in this pass of the event loop, rather
+    // than in the next, where the next slice of results may run.
+    if (announceNewRows() && display)
+        display->layOutNow();
 }
 
 bool AppController::announceNewRows() {
