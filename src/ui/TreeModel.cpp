@@ -15,7 +15,6 @@ TreeModel::TreeModel(AppController* controller, QObject* parent)
 void TreeModel::resetRoot() {
     beginResetModel();
     exposed.clear();
-    lastLookedUp = {};
     root = controller->rootNode;
     // Views and testers walk the model while the reset is announced; nothing is
     // listed then, the root's listing comes when its row is opened.
@@ -35,10 +34,7 @@ Node* TreeModel::nodeOf(const QModelIndex& index) const {
 }
 
 int TreeModel::exposedRows(const Node& folder) const {
-    // Laying out a level asks for each of its rows in turn: one look-up serves them all.
-    if (lastLookedUp.first != &folder)
-        lastLookedUp = {&folder, exposed.value(&folder, 0)};
-    return lastLookedUp.second;
+    return exposed.of(folder);
 }
 
 NodePtr TreeModel::nodeAt(const QModelIndex& index) const {
@@ -126,14 +122,12 @@ void TreeModel::exposeChildren(const NodePtr& folder, const QModelIndex& folderI
         return;
     const int count = int(folder->children->size());
     if (count == 0) {
-        exposed.insert(folder.get(), 0);
-        lastLookedUp = {};
+        exposed.set(folder.get(), 0);
         return;
     }
     changing.insert(folder.get());
     beginInsertRows(folderIndex, 0, count - 1);
-    exposed.insert(folder.get(), count);
-    lastLookedUp = {};
+    exposed.set(folder.get(), count);
     endInsertRows();
     changing.remove(folder.get());
 }
@@ -142,7 +136,6 @@ void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderI
     const int count = exposedRows(folder);
     if (count == 0) {
         exposed.remove(&folder);
-        lastLookedUp = {};
         return;
     }
     changing.insert(&folder);
@@ -153,7 +146,6 @@ void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderI
 }
 
 void TreeModel::forgetExposed(const Node& folder) {
-    lastLookedUp = {};
     // Only a folder with exposed rows can have exposed folders below it.
     if (!exposed.remove(&folder) || !folder.children)
         return;
@@ -163,16 +155,14 @@ void TreeModel::forgetExposed(const Node& folder) {
 }
 
 void TreeModel::rowsAppended(const NodePtr& folder, size_t first, size_t count) {
-    const auto rows = exposed.constFind(folder.get());
     // A folder not exposed yet shows all its children when it is.
-    if (rows == exposed.constEnd() || size_t(*rows) != first || count == 0)
+    if (!exposed.contains(folder.get()) || size_t(exposed.of(*folder)) != first || count == 0)
         return;
     const QModelIndex folderIndex = indexOf(*folder);
     if (!folderIndex.isValid())
         return;
     beginInsertRows(folderIndex, int(first), int(first + count) - 1);
-    exposed.insert(folder.get(), int(first + count));
-    lastLookedUp = {};
+    exposed.set(folder.get(), int(first + count));
     endInsertRows();
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/TreeDisplay.h"
 #include "ui/RowIcons.h"
+#include "ui/ShownRowCounts.h"
 
 #include <QAbstractItemModel>
 #include <QHash>
@@ -66,9 +67,7 @@ private:
     NodePtr root;
     // How many of its children every folder with exposed rows shows. Nothing is kept
     // per row: a large folder's rows cost the model nothing beyond the nodes.
-    QHash<const Node*, int> exposed;
-    // The last folder looked up in `exposed`, and its rows; cleared on every change.
-    mutable std::pair<const Node*, int> lastLookedUp;
+    ShownRowCounts exposed;
     RowIcons icons;
     bool resetting = false;
     // Folders whose rows are being added or removed. Views and testers walk the model
