@@ -13,7 +13,8 @@ CopyProgressDialog::CopyProgressDialog(QWidget* parent, const QString& title,
                                        const QString& itemName)
     : QDialog(parent), bytes(new QLabel(this)) {
     setWindowTitle(title);
-    setWindowModality(Qt::ApplicationModal);
+    setWindowModality(Qt::WindowModal);
+    setAttribute(Qt::WA_DeleteOnClose);
 
     auto* name = new QLabel(this);
     name->setTextFormat(Qt::PlainText);
@@ -46,6 +47,8 @@ void CopyProgressDialog::showBytesDone(qint64 done) {
 }
 
 void CopyProgressDialog::finish() {
+    if (finished)
+        return;
     finished = true;
     accept();
 }

@@ -4,9 +4,11 @@
 
 class QLabel;
 
-// The modal window of a running copy: the item's name, the bytes copied so far and a
-// cancel button. It blocks other input while the window stays painted; it closes only
-// when the copy says it has finished (a cancel is a request to the copy).
+// The window of a running copy: the item's name, the bytes copied so far and a cancel
+// button. Modal to the main window only, never waited in: the program goes on while it
+// shows. It closes when the copy has finished or the person cancels (a cancel is a
+// request to the copy, which then removes what it made on its own); it deletes itself
+// once closed.
 class CopyProgressDialog : public QDialog {
     Q_OBJECT
 public:

@@ -1,5 +1,7 @@
 #include "actions/ItemNaming.h"
 
+#include "actions/NameEditing.h"
+
 NameParts splitExtension(const QByteArray& name) {
     const qsizetype dot = name.lastIndexOf('.');
     if (dot <= 0 || dot == name.size() - 1)
@@ -7,21 +9,41 @@ NameParts splitExtension(const QByteArray& name) {
     return {name.left(dot), name.mid(dot + 1)};
 }
 
+QByteArray cutToFit(const QByteArray& bytes, qsizetype limit) {
+    if (bytes.size() <= limit)
+        return bytes;
+    qsizetype length = std::max<qsizetype>(limit, 0);
+    // Not inside a UTF-8 sequence: continuation bytes are 10xxxxxx.
+    while (length > 0 && (uchar(bytes[length]) & 0xC0) == 0x80)
+        --length;
+    return bytes.left(length);
+}
+
+namespace {
+
+// The base, cut so that base and ending make a name the file system takes.
+QByteArray withEnding(const QByteArray& base, const QByteArray& ending) {
+    return cutToFit(base, kNameMax - ending.size()) + ending;
+}
+
+} // namespace
+
 QByteArray duplicateName(const QByteArray& name, int n) {
-    const NameParts parts = splitExtension(name);
-    QByteArray result = parts.base + " copy";
+    NameParts parts = splitExtension(name);
+    QByteArray ending = " copy";
     if (n >= 2)
-        result += ' ' + QByteArray::number(n);
-    if (!parts.extension.isEmpty())
-        result += '.' + parts.extension;
-    return result;
+        ending += ' ' + QByteArray::number(n);
+    // An extension too long to keep beside a base is part of the base.
+    if (!parts.extension.isEmpty() && ending.size() + 1 + parts.extension.size() < kNameMax / 2)
+        ending += '.' + parts.extension;
+    else
+        parts.base = name;
+    return withEnding(parts.base, ending);
 }
 
 QByteArray archiveName(const QByteArray& name, int n) {
-    QByteArray result = splitExtension(name).base;
-    if (n >= 2)
-        result += ' ' + QByteArray::number(n);
-    return result + ".zip";
+    QByteArray ending = n >= 2 ? ' ' + QByteArray::number(n) : QByteArray();
+    return withEnding(splitExtension(name).base, ending + ".zip");
 }
 
 QByteArray firstFreeName(const std::function<QByteArray(int)>& candidate,
@@ -51,12 +73,15 @@ QString trimHorizontalSpace(const QString& text) {
     return text.mid(begin, end - begin);
 }
 
-RenameRequest renameRequest(const QString& typed, const QString& oldName) {
+RenameRequest renameRequest(const QString& typed, const QByteArray& oldName) {
     const QString name = trimHorizontalSpace(typed);
     if (name.isEmpty() || name.normalized(QString::NormalizationForm_C) ==
-                              oldName.normalized(QString::NormalizationForm_C))
+                              editableName(oldName).normalized(QString::NormalizationForm_C))
         return {};
     if (name.contains(u'/') || name.contains(QChar(0)) || name == u"." || name == u"..")
         return {RenameRequest::Invalid, {}};
-    return {RenameRequest::Rename, name.toUtf8()};
+    const QByteArray bytes = nameFromEdit(oldName, name);
+    if (bytes == oldName)
+        return {};
+    return {RenameRequest::Rename, bytes};
 }

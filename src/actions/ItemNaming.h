@@ -14,11 +14,17 @@ struct NameParts {
 };
 NameParts splitExtension(const QByteArray& name);
 
+// The longest name most file systems take, in bytes.
+inline constexpr qsizetype kNameMax = 255;
+
+// The bytes cut to at most limit, never inside a UTF-8 character.
+QByteArray cutToFit(const QByteArray& bytes, qsizetype limit);
+
 // The duplicate's name for counter n: "report copy.pdf" (n = 1), "report copy 2.pdf".
 QByteArray duplicateName(const QByteArray& name, int n);
 
 // The archive's name for counter n: "report.zip" (n = 1), "report 2.zip"; the item's
-// own extension is dropped.
+// own extension is dropped. Shortened to fit as above.
 QByteArray archiveName(const QByteArray& name, int n);
 
 // The first counter from 1 up whose candidate name is not taken in the folder.
@@ -36,6 +42,8 @@ struct RenameRequest {
         Invalid, // cannot be one name in the folder: "/", ".", "..", a NUL
         Rename,
     } kind = Nothing;
-    QByteArray newName; // the file system's bytes (UTF-8), for Rename
+    QByteArray newName; // the file system's bytes, for Rename
 };
-RenameRequest renameRequest(const QString& typed, const QString& oldName);
+// The typed text is an edit of the old name as the field showed it (editableName):
+// bytes of the old name that are not UTF-8 keep their place where left in place.
+RenameRequest renameRequest(const QString& typed, const QByteArray& oldName);

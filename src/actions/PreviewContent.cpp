@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QImageReader>
+#include <QMimeDatabase>
 #include <QStringDecoder>
 
 namespace {
@@ -44,23 +45,29 @@ bool looksLikeText(const QByteArray& start) {
 
 PreviewContent loadPreview(const QByteArray& path, const QSize& fit) {
     PreviewContent content;
-    if (const int fd = openRegularFile(path); fd >= 0) {
-        QFile file;
-        if (file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
-            content.image = readImage(file, fit);
-            if (!content.image.isNull()) {
-                content.kind = PreviewContent::Kind::Image;
-            } else if (file.seek(0)) {
-                const QByteArray start = file.read(kPreviewTextBytes);
-                if (looksLikeText(start)) {
-                    content.kind = PreviewContent::Kind::Text;
-                    QStringDecoder utf8(QStringDecoder::Utf8);
-                    content.text = utf8(start);
-                }
-            }
-        }
-    }
+    // The type decides what is shown: a PDF made of plain ASCII is still a PDF.
     content.mimeType = readItemFacts(path).mimeType;
     content.typeNames = mimeComments(content.mimeType);
+    const QMimeType type = QMimeDatabase().mimeTypeForName(content.mimeType);
+    const bool image = content.mimeType.startsWith(QLatin1String("image/"));
+    const bool text = type.inherits(QStringLiteral("text/plain"));
+    if (!image && !text)
+        return content;
+    const int fd = openRegularFile(path);
+    QFile file;
+    if (fd < 0 || !file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        return content;
+    if (image) {
+        content.image = readImage(file, fit);
+        if (!content.image.isNull())
+            content.kind = PreviewContent::Kind::Image;
+        return content;
+    }
+    const QByteArray start = file.read(kPreviewTextBytes);
+    if (looksLikeText(start)) {
+        content.kind = PreviewContent::Kind::Text;
+        QStringDecoder utf8(QStringDecoder::Utf8);
+        content.text = utf8(start);
+    }
     return content;
 }

@@ -19,10 +19,10 @@ struct PreviewContent {
     QHash<QString, QString> typeNames;
 };
 
-// Reads what the preview shows, on a worker. Only a regular file is opened (never a
-// FIFO, device or socket, nor through a symbolic link), and only so much of it is read
-// or decoded: an image up to a size cap, scaled to fit into fit; otherwise the start
-// of a text file; otherwise nothing but the type, for a summary.
+// Reads what the preview shows, on a worker. The item's type decides: an image is
+// decoded up to a size cap and scaled to fit into fit, a text shows its start, anything
+// else only its type, for a summary. Only a regular file is opened (never a FIFO,
+// device or socket, nor through a symbolic link).
 PreviewContent loadPreview(const QByteArray& path, const QSize& fit);
 
 // Bytes that read as the start of a text: UTF-8 (a character cut off at the end is

@@ -25,14 +25,13 @@ class QMenuBar;
 class QPushButton;
 class QRadioButton;
 class QWidget;
-class PreviewWindow;
-class PropertiesWindow;
+class FileActions;
+struct ActionOutcome;
 class TreeDisplay;
 class TreeModel;
 class TreeOutlineView;
 class VolumeReader;
 struct VolumeInfo;
-enum class ShareService;
 
 // The one controller: owns the tree, the background queue, the main window and its
 // views, the About and Preferences windows. Each subsystem defines its member
@@ -108,29 +107,10 @@ public:
     VolumeReader* volumeReader = nullptr;
 
     // --- item actions (src/actions) ---
-    // The menu for the row (counted from the top of the outline), or none; remembers
-    // the row's node in menuNode.
-    QMenu* buildContextMenu(int row);
-    // The outline's activation (double-click, Enter): the row's item in the file manager.
-    void revealDoubleClicked(const QModelIndex& index);
-    void ctxReveal();
-    void ctxQuickLook();
-    void ctxGetInfo();
-    void ctxRename();
-    void ctxDuplicate();
-    void ctxTrash();
-    void ctxCopyFile();
-    void ctxCopyPath();
-    void ctxShare();
-    void ctxCompress();
-    // Space on the outline: the selected row's preview opens, or the open one closes.
-    void previewKeyPressed();
-
-    // The node of the latest context menu; kept after the menu closes.
-    NodePtr menuNode;
-    // Sizeloom's own preview and properties windows, while open.
-    QPointer<PreviewWindow> previewWindow;
-    QList<QPointer<PropertiesWindow>> infoWindows;
+    FileActions* actions = nullptr;
+    // What an action came to, in the status line or an alert, and the tree brought up to
+    // date with the disk.
+    void reportAction(const ActionOutcome& outcome);
 
     // --- application shell (src/app) ---
     void buildMainMenu();
@@ -213,11 +193,4 @@ private:
     bool isDue(const Unannounced& run) const;
     // A look at the rows held back is due.
     bool heldRowsTimed = false;
-    void revealItem(const QByteArray& path);
-    // Through the desktop's previewer, else in our own window; toggle closes a shown one.
-    void quickLook(const NodePtr& node, bool toggle);
-    void showOwnPreview(const NodePtr& node);
-    void showOwnProperties(const NodePtr& node);
-    // The picker, anchored at the top edge of the node's row.
-    void showSharePicker(const NodePtr& node, const QList<ShareService>& services);
 };

@@ -1,7 +1,6 @@
 // After a language switch: every text on screen that came from the table, looked up
 // anew. Parts of the window may be absent, so each view is checked first.
-#include "actions/PreviewWindow.h"
-#include "actions/PropertiesWindow.h"
+#include "actions/FileActions.h"
 #include "app/AppController.h"
 #include "text/StatusLine.h"
 #include "ui/Style.h"
@@ -45,11 +44,8 @@ void AppController::relocalize() {
         volHeaderLabel->setText(t(QStringLiteral("vol_header")));
     if (grantButton)
         grantButton->setText(t(QStringLiteral("vol_grant")));
-    if (previewWindow)
-        previewWindow->retranslate();
-    for (const QPointer<PropertiesWindow>& info : std::as_const(infoWindows))
-        if (info)
-            info->retranslate();
+    if (actions)
+        actions->retranslate();
     refreshVolumes();
     buildMainMenu();
 }

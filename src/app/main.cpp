@@ -3,6 +3,7 @@
 #include "app/AppController.h"
 #include "app/AppIcon.h"
 #include "platform/LaunchArguments.h"
+#include "platform/QuitSignals.h"
 #include "platform/SingleInstance.h"
 
 #include <QApplication>
@@ -26,6 +27,10 @@ int main(int argc, char** argv) {
 
     if (SingleInstance::forwardIfRunning(arguments.mid(1)))
         return 0;
+    // A termination signal quits as the menu's Quit does, so that nothing half-made is
+    // left behind.
+    QuitSignals quitSignals;
+    QObject::connect(&quitSignals, &QuitSignals::quitRequested, &app, &QCoreApplication::quit);
     SingleInstance instance;
     instance.registerPrimary();
 

@@ -53,6 +53,7 @@ void AppController::applyListedEntries(const NodePtr& folder,
         NodePtr child =
             Node::make(childPath(folder->url, entry.name), entry.isDir, folder, entry.kind);
         child->indexInParent = int(children.size());
+        child->listedIno = entry.ino;
         children.push_back(child);
         if (entry.isDir)
             folder->pending += 1;

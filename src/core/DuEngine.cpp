@@ -71,6 +71,10 @@ private:
                 measureChild(index, std::move(folder));
             folders.clear();
         };
+        if (struct stat folder{}; stat(path.constData(), &folder) == 0)
+            deliver([&folder](WalkReceiver& receiver) {
+                receiver.folderIdentified({folder.st_dev, folder.st_ino});
+            });
         if (DIR* dir = opendir(path.constData())) {
             while (const dirent* entry = isCancelled() ? nullptr : readdir(dir)) {
                 const QByteArray name(entry->d_name);
@@ -82,7 +86,8 @@ private:
                 const bool isDir = kind == ItemKind::Folder;
                 if (isDir)
                     folders.emplace_back(listed + entries.size(), child);
-                entries.push_back({name, isDir, isDir ? -1 : fileAllocatedSize(child), kind});
+                entries.push_back(
+                    {name, isDir, isDir ? -1 : fileAllocatedSize(child), kind, entry->d_ino});
                 if (entries.size() >= listingBatch)
                     handOver();
             }

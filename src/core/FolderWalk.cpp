@@ -170,8 +170,13 @@ void FolderWalk::readWalkedFolder(const std::shared_ptr<WalkDir>& root, char* bu
         if (fd >= 0)
             close(fd);
         // Unreadable, or not a folder: du still counts what the path leads to.
-        if (stat(path.constData(), &st) == 0)
+        if (stat(path.constData(), &st) == 0) {
             counts.folder = st.st_blocks;
+            if (listing)
+                deliver([&st](WalkReceiver& receiver) {
+                    receiver.folderIdentified({st.st_dev, st.st_ino});
+                });
+        }
         if (listing)
             deliver([](WalkReceiver& receiver) { receiver.listingEnded(0); });
         finish(*root, counts, scheduler);
@@ -180,6 +185,10 @@ void FolderWalk::readWalkedFolder(const std::shared_ptr<WalkDir>& root, char* bu
     root->dev = st.st_dev;
     root->ino = st.st_ino;
     counts.folder = st.st_blocks;
+    if (listing)
+        deliver([&st](WalkReceiver& receiver) {
+            receiver.folderIdentified({st.st_dev, st.st_ino});
+        });
 
     size_t listed = 0;
     std::vector<WalkEntry> entries;
@@ -201,33 +210,31 @@ void FolderWalk::readWalkedFolder(const std::shared_ptr<WalkDir>& root, char* bu
     while (!isCancelled() && reader.readBatch()) {
         while (const char* rawName = reader.nextName()) {
             const QByteArray name(rawName);
-            const bool shown = listing;
             if (reader.lastType() == DT_DIR) {
                 // Listed at once and looked at by the worker that reads it: a folder
                 // that does not answer (a hung mount) holds up its own size only.
                 std::shared_ptr<ChildTally> child;
                 if (listing) {
                     child = std::make_shared<ChildTally>(listed + entries.size());
-                    entries.push_back({name, true, -1, ItemKind::Folder});
+                    entries.push_back({name, true, -1, ItemKind::Folder, reader.lastInode()});
                 }
                 found.push_back(std::make_shared<WalkDir>(root, name, child));
             } else if (struct stat entry{};
                        fstatat(fd, rawName, &entry, AT_SYMLINK_NOFOLLOW) != 0) {
                 // Neither du nor anyone can count it; the listing still shows it.
-                if (shown)
-                    entries.push_back({name, false, 0, ItemKind::File});
+                if (listing)
+                    entries.push_back({name, false, 0, ItemKind::File, reader.lastInode()});
             } else if (!S_ISDIR(entry.st_mode)) {
-                if (shown)
-                    entries.push_back(
-                        {name, false, qint64(entry.st_blocks) * 512, kindOfMode(entry.st_mode)});
+                if (listing)
+                    entries.push_back({name, false, qint64(entry.st_blocks) * 512,
+                                       kindOfMode(entry.st_mode), reader.lastInode()});
                 countFile(*root, entry, counts);
             } else {
                 std::shared_ptr<ChildTally> child;
-                if (listing)
-                    child = std::make_shared<ChildTally>(shown ? listed + entries.size()
-                                                               : ChildTally::unlisted);
-                if (shown)
-                    entries.push_back({name, true, -1, ItemKind::Folder});
+                if (listing) {
+                    child = std::make_shared<ChildTally>(listed + entries.size());
+                    entries.push_back({name, true, -1, ItemKind::Folder, reader.lastInode()});
+                }
                 // A bind mount of the folder into itself: its child's du counts it once,
                 // the folder's own du not at all.
                 const bool countsForFolder = loopOf(*root, entry) == Loop::None;
@@ -368,8 +375,6 @@ void FolderWalk::finish(const WalkDir& dir, const Counts& counts, WalkScheduler&
 }
 
 void FolderWalk::childDone(const ChildTally& child) {
-    if (child.index == ChildTally::unlisted)
-        return;
     const qint64 bytes = duTotalBytes(child.blocks.load(std::memory_order_relaxed));
     deliver([&](WalkReceiver& receiver) { receiver.childMeasured(child.index, bytes); });
 }

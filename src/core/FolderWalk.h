@@ -27,8 +27,7 @@ using LinkedFiles = std::unordered_set<LinkedFile, LinkedFileHash>;
 // The running total of one child folder of the walked folder, counted as `du -sk CHILD`.
 struct ChildTally {
     explicit ChildTally(size_t index) : index(index) {}
-    // The child's place in the listing; unlisted for a folder the listing leaves out.
-    static constexpr size_t unlisted = size_t(-1);
+    // The child's place in the listing.
     const size_t index;
     // In 512-byte blocks, as st_blocks counts.
     std::atomic<qint64> blocks{0};

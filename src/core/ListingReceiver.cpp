@@ -19,6 +19,10 @@ void ListingReceiver::handOver(std::function<void(AppController&, const NodePtr&
         });
 }
 
+void ListingReceiver::folderIdentified(FileId id) {
+    handOver([id](AppController&, const NodePtr& folder) { folder->ownId = id; });
+}
+
 void ListingReceiver::entriesListed(std::vector<WalkEntry>&& batch) {
     handOver([batch = std::move(batch)](AppController& controller, const NodePtr& folder) {
         controller.applyListedEntries(folder, batch);

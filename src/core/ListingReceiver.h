@@ -16,6 +16,7 @@ public:
     ListingReceiver(std::shared_ptr<MainThreadInbox> inbox, QPointer<AppController> controller,
                     NodePtr folder, StopFlagPtr wanted);
 
+    void folderIdentified(FileId id) override;
     void entriesListed(std::vector<WalkEntry>&& batch) override;
     void listingEnded(size_t count) override;
     void childMeasured(size_t index, qint64 bytes) override;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Node.h"
+#include "platform/FileId.h"
 
 #include <QByteArray>
 #include <atomic>
@@ -22,6 +23,9 @@ struct WalkEntry {
     qint64 bytes = -1;
     // What the entry itself is, for its icon.
     ItemKind kind = ItemKind::File;
+    // The inode number the folder's listing gives it: an action checks against it that
+    // the item is still the one listed.
+    quint64 ino = 0;
 };
 
 // Receives one folder walk's results. Called on engine threads, never two calls at
@@ -30,6 +34,9 @@ struct WalkEntry {
 class WalkReceiver {
 public:
     virtual ~WalkReceiver() = default;
+    // The walked folder's own identity, before anything else; not sent when it cannot
+    // be looked at.
+    virtual void folderIdentified(FileId) {}
     // The next entries, in the order the file system gives them, hidden ones included:
     // the i-th entry ever delivered by this walk has index i. A few
     // hundred at a time, so that a very large folder arrives progressively.

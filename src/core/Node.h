@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileId.h"
+
 #include <QByteArray>
 #include <QString>
 #include <memory>
@@ -38,6 +40,10 @@ public:
     int pending = 0;
     // Where the node is in its folder's children; kept up to date as they are sorted.
     int indexInParent = 0;
+    // The inode number its folder's listing gave it (none for the opened folder), and a
+    // listed folder's own identity: what an action checks the item against.
+    quint64 listedIno = 0;
+    FileId ownId;
 
     std::weak_ptr<Node> parent;
     // Absent: not listed (or listing discarded). Empty: listed and empty. A pointer,

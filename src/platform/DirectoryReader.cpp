@@ -40,6 +40,7 @@ const char* DirectoryReader::nextName() {
         offset += entry->d_reclen;
         if (!isDotOrDotDot(entry->d_name)) {
             type = entry->d_type;
+            inode = entry->d_ino;
             return entry->d_name;
         }
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtGlobal>
 #include <cstddef>
 
 // Reads a folder's entries straight from the kernel, many per call (getdents64), names
@@ -15,6 +16,8 @@ public:
     const char* nextName();
     // The kind the folder gives for the last name (DT_DIR, DT_REG, ..., DT_UNKNOWN).
     unsigned char lastType() const { return type; }
+    // The inode number the folder gives for the last name.
+    quint64 lastInode() const { return inode; }
 
 private:
     const int fd;
@@ -23,4 +26,5 @@ private:
     long filled = 0;
     long offset = 0;
     unsigned char type = 0;
+    quint64 inode = 0;
 };

@@ -6,20 +6,32 @@
 
 namespace {
 
-class FileOnlyMimeData : public QMimeData {
+class FileMimeData : public QMimeData {
 public:
-    explicit FileOnlyMimeData(const QByteArray& uri)
-        : uriList(uri + "\r\n"), copiedFiles("copy\n" + uri) {}
+    explicit FileMimeData(const QList<QByteArray>& paths) : copiedFiles("copy") {
+        for (const QByteArray& path : paths) {
+            const QByteArray uri = fileUrlFromPathBytes(path).toEncoded();
+            uriList += uri + "\r\n";
+            copiedFiles += '\n' + uri;
+            if (!pathLines.isEmpty())
+                pathLines += '\n';
+            pathLines += path;
+        }
+    }
 
     QStringList formats() const override {
-        return {QLatin1String(kUriListType), QLatin1String(kGnomeCopiedFilesType)};
+        return {QLatin1String(kUriListType), QLatin1String(kGnomeCopiedFilesType),
+                QLatin1String(kPlainTextType)};
     }
     bool hasFormat(const QString& mimeType) const override { return formats().contains(mimeType); }
 
 protected:
-    // Qt asks for the URI list as a list of URLs when it wants to make text of it;
-    // only a request for the bytes themselves is answered.
+    // Qt asks for a URI list as a list of URLs when it wants to make text of it, and
+    // for text as a string; each format answers with exactly its own content.
     QVariant retrieveData(const QString& mimeType, QMetaType type) const override {
+        if (mimeType == QLatin1String(kPlainTextType))
+            return type.id() == QMetaType::QString ? QVariant(QString::fromUtf8(pathLines))
+                                                   : QVariant(pathLines);
         if (type.id() != QMetaType::QByteArray)
             return {};
         if (mimeType == QLatin1String(kUriListType))
@@ -30,12 +42,13 @@ protected:
     }
 
 private:
-    const QByteArray uriList;
-    const QByteArray copiedFiles;
+    QByteArray uriList;
+    QByteArray copiedFiles;
+    QByteArray pathLines;
 };
 
 } // namespace
 
-std::unique_ptr<QMimeData> fileCopyMimeData(const QByteArray& path) {
-    return std::make_unique<FileOnlyMimeData>(fileUrlFromPathBytes(path).toEncoded());
+std::unique_ptr<QMimeData> fileCopyMimeData(const QList<QByteArray>& paths) {
+    return std::make_unique<FileMimeData>(paths);
 }

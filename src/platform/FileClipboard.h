@@ -1,20 +1,19 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <memory>
 
 class QMimeData;
 
-// What a file manager puts on the clipboard when it copies an item: the item's URI as
-// text/uri-list and as x-special/gnome-copied-files ("copy", a line feed, the URI), so
-// that a paste in a file manager copies the item itself. Every byte of the path is
-// kept: bytes outside plain ASCII travel percent-escaped.
-//
-// Nothing that pastes as text is offered. Qt turns URIs into plain text wherever it
-// can (its own text/plain fallback, and the X11 layer's extra text/plain target for
-// text/uri-list); these data hand out their two formats only as raw bytes, so every
-// text rendering of them comes out empty.
-std::unique_ptr<QMimeData> fileCopyMimeData(const QByteArray& path);
+// What a file manager puts on the clipboard when it copies items: their URIs as
+// text/uri-list and as x-special/gnome-copied-files ("copy", then a URI a line), so that
+// a paste in a file manager copies the items themselves, and their paths as text, one a
+// line, so that a paste into a text field gives the paths. Every byte of a path is kept
+// in its URI (bytes outside plain ASCII travel percent-escaped) and in the text's raw
+// bytes; text asked for as Unicode shows a byte that is not UTF-8 as U+FFFD.
+std::unique_ptr<QMimeData> fileCopyMimeData(const QList<QByteArray>& paths);
 
 inline constexpr const char* kUriListType = "text/uri-list";
 inline constexpr const char* kGnomeCopiedFilesType = "x-special/gnome-copied-files";
+inline constexpr const char* kPlainTextType = "text/plain";

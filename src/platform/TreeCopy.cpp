@@ -1,26 +1,28 @@
 #include "platform/TreeCopy.h"
 
+#include "platform/DirectoryReader.h"
+#include "platform/UniqueFd.h"
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
 constexpr off_t kChunk = 8 << 20; // between two looks at the cancel flag
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-int errnoOf(int result) {
-    return result == 0 ? 0 : errno;
+Failure lastError() {
+    return {errno};
 }
 
-// The times of the source, set on what was made from it.
-int keepTimes(int folderFd, const char* path, const struct stat& info, int flags) {
-    const timespec times[2] = {info.st_atim, info.st_mtim};
-    return errnoOf(utimensat(folderFd, path, times, flags));
+Done fromResult(int result) {
+    return result == 0 ? Done() : Done(lastError());
 }
 
 bool kernelCopyUnsupported(int error) {
@@ -28,119 +30,159 @@ bool kernelCopyUnsupported(int error) {
            error == ENOTSUP;
 }
 
+// The mode and times of the source, set last on a folder: filling it changed its time.
+Done finishFolder(int fd, const struct stat& info) {
+    if (fchmod(fd, info.st_mode & 07777) != 0)
+        return lastError();
+    const timespec times[2] = {info.st_atim, info.st_mtim};
+    return fromResult(futimens(fd, times));
+}
+
+std::vector<QByteArray> namesIn(int folder, int& error) {
+    std::vector<QByteArray> names;
+    UniqueFd readable(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!readable) {
+        error = errno;
+        return names;
+    }
+    std::array<char, 32 * 1024> buffer;
+    DirectoryReader reader(readable.get(), buffer.data(), buffer.size());
+    errno = 0;
+    while (reader.readBatch())
+        while (const char* name = reader.nextName())
+            names.emplace_back(name);
+    error = errno;
+    return names;
+}
+
 } // namespace
 
-int TreeCopy::run(const QByteArray& source, const QByteArray& destination) {
-    const int error = copyItem(source, destination);
-    if (error)
-        removeCreated();
-    return error;
-}
-
-void TreeCopy::remember(const QByteArray& path, bool isDir) {
-    struct stat info {};
-    if (lstat(path.constData(), &info) == 0)
-        created.push_back({path, info.st_dev, info.st_ino, isDir});
-}
-
-int TreeCopy::copyItem(const QByteArray& source, const QByteArray& destination) {
-    if (stop)
-        return ECANCELED;
-    struct stat info {};
-    if (lstat(source.constData(), &info) != 0)
-        return errno;
-    if (S_ISDIR(info.st_mode))
-        return copyFolder(source, destination, info);
-    if (S_ISREG(info.st_mode))
-        return copyFile(source, destination, info);
-    if (S_ISLNK(info.st_mode)) {
-        QByteArray target(qsizetype(info.st_size) + 1, Qt::Uninitialized);
-        const ssize_t length = readlink(source.constData(), target.data(), size_t(target.size()));
-        if (length < 0)
-            return errno;
-        if (length >= target.size())
-            return EAGAIN; // the link changed while being read
-        target.truncate(length);
-        if (symlink(target.constData(), destination.constData()) != 0)
-            return errno;
-        remember(destination, false);
-        return keepTimes(AT_FDCWD, destination.constData(), info, AT_SYMLINK_NOFOLLOW);
-    }
-    // A pipe, socket or device node: made anew, never opened.
-    if (mknod(destination.constData(), info.st_mode, info.st_rdev) != 0)
-        return errno;
-    remember(destination, false);
-    return keepTimes(AT_FDCWD, destination.constData(), info, 0);
-}
-
-int TreeCopy::copyFolder(const QByteArray& source, const QByteArray& destination,
-                         const struct stat& info) {
-    // Private while it fills, its own mode once complete.
-    if (mkdir(destination.constData(), 0700) != 0)
-        return errno;
-    remember(destination, true);
-    DIR* dir = opendir(source.constData());
-    if (!dir)
-        return errno;
-    std::vector<QByteArray> names;
-    errno = 0;
-    while (const dirent* entry = readdir(dir)) {
-        const QByteArray name(entry->d_name);
-        if (name != "." && name != "..")
-            names.push_back(name);
-    }
-    const int listError = errno;
-    closedir(dir);
-    if (listError)
-        return listError;
-    for (const QByteArray& name : names)
-        if (const int error = copyItem(source + '/' + name, destination + '/' + name))
-            return error;
-    if (chmod(destination.constData(), info.st_mode & 07777) != 0)
-        return errno;
-    // Last, as filling the folder changed its time.
-    return keepTimes(AT_FDCWD, destination.constData(), info, AT_SYMLINK_NOFOLLOW);
-}
-
-int TreeCopy::copyFile(const QByteArray& source, const QByteArray& destination,
-                       const struct stat& info) {
-    // Non-blocking, so that should a pipe take the file's place it is not waited on.
-    const int in = open(source.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (in < 0)
-        return errno;
-    struct stat opened {};
-    const int statError = errnoOf(fstat(in, &opened));
-    if (statError || !S_ISREG(opened.st_mode)) {
-        close(in);
-        return statError ? statError : EAGAIN; // replaced by something else meanwhile
-    }
-    const int out =
-        open(destination.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    if (out < 0) {
-        const int error = errno;
-        close(in);
-        return error;
-    }
-    remember(destination, false);
+Done TreeCopy::copyFolderInto(int from, int into, const struct stat& info) {
+    // One level per open folder, with an explicit stack: a tree may be deeper than a
+    // thread's stack would allow recursion.
+    struct Level {
+        UniqueFd from;
+        UniqueFd into;
+        struct stat info;
+        QByteArray relative;
+        std::vector<QByteArray> names;
+        size_t next = 0;
+    };
+    std::vector<Level> levels;
     int error = 0;
+    levels.push_back({UniqueFd(fcntl(from, F_DUPFD_CLOEXEC, 0)),
+                      UniqueFd(fcntl(into, F_DUPFD_CLOEXEC, 0)),
+                      info,
+                      {},
+                      namesIn(from, error)});
+    if (error)
+        return Failure{error};
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        if (level.next == level.names.size()) {
+            if (const Done finished = finishFolder(level.into.get(), level.info); !finished)
+                return finished;
+            levels.pop_back();
+            continue;
+        }
+        const QByteArray& name = level.names[level.next++];
+        const QByteArray relative = level.relative.isEmpty() ? name : level.relative + '/' + name;
+        bool entered = false;
+        if (const Done copied =
+                copyEntry(level.from.get(), name, level.into.get(), into, relative, entered);
+            !copied)
+            return copied;
+        if (!entered)
+            continue;
+        Level below;
+        below.from = UniqueFd(openat(level.from.get(), name.constData(), kFolderFlags));
+        below.into = UniqueFd(openat(level.into.get(), name.constData(), kFolderFlags));
+        if (!below.from || !below.into || fstat(below.from.get(), &below.info) != 0)
+            return lastError();
+        below.relative = relative;
+        below.names = namesIn(below.from.get(), error);
+        if (error)
+            return Failure{error};
+        levels.push_back(std::move(below));
+    }
+    return {};
+}
+
+Done TreeCopy::copyEntry(int from, const QByteArray& name, int into, int top,
+                         const QByteArray& relative, bool& entered) {
+    if (isCancelled())
+        return Failure{ECANCELED};
+    struct stat info {};
+    if (fstatat(from, name.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0)
+        return lastError();
+    if (S_ISDIR(info.st_mode)) {
+        // Private while it fills, its own mode once complete.
+        entered = mkdirat(into, name.constData(), 0700) == 0;
+        return entered ? Done() : Done(lastError());
+    }
+    if (!S_ISREG(info.st_mode))
+        return copyOtherInto(from, name, into, name, info);
+    const auto linkKey = qMakePair(quint64(info.st_dev), quint64(info.st_ino));
+    if (info.st_nlink > 1) {
+        if (const auto first = linkedCopies.constFind(linkKey); first != linkedCopies.cend())
+            return fromResult(linkat(top, first->constData(), into, name.constData(), 0));
+    }
+    // Non-blocking, so that should a pipe take the file's place it is not waited on.
+    const UniqueFd in(
+        openat(from, name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!in)
+        return lastError();
+    UniqueFd out(
+        openat(into, name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!out)
+        return lastError();
+    Done copied = copyFileInto(in.get(), out.get(), info);
+    // A full disk or quota can show only at close (network file systems).
+    if (close(out.release()) != 0 && copied)
+        copied = lastError();
+    if (copied && info.st_nlink > 1)
+        linkedCopies.insert(linkKey, relative);
+    return copied;
+}
+
+Done TreeCopy::copyFileInto(int in, int out, const struct stat& info) {
+    struct stat opened {};
+    if (fstat(in, &opened) != 0)
+        return lastError();
+    // Replaced by something else since it was looked at.
+    if (!S_ISREG(opened.st_mode) || opened.st_dev != info.st_dev || opened.st_ino != info.st_ino)
+        return Failure{EAGAIN};
     if (ioctl(out, FICLONE, in) == 0)
         done += opened.st_size; // the blocks are shared, nothing to copy
-    else
-        error = copyContent(in, out, opened.st_size);
-    if (!error)
-        error = errnoOf(fchmod(out, info.st_mode & 07777));
-    if (!error) {
-        const timespec times[2] = {info.st_atim, info.st_mtim};
-        error = errnoOf(futimens(out, times));
-    }
-    // A full disk or quota can show only at close (network file systems).
-    if (close(out) != 0 && !error)
-        error = errno;
-    close(in);
-    return error;
+    else if (const Done copied = copyContent(in, out, opened.st_size); !copied)
+        return copied;
+    if (fchmod(out, info.st_mode & 07777) != 0)
+        return lastError();
+    const timespec times[2] = {info.st_atim, info.st_mtim};
+    return fromResult(futimens(out, times));
 }
 
-int TreeCopy::copyContent(int in, int out, off_t size) {
+Done TreeCopy::copyOtherInto(int from, const QByteArray& name, int into, const QByteArray& newName,
+                             const struct stat& info) {
+    if (S_ISLNK(info.st_mode)) {
+        QByteArray target(qsizetype(info.st_size) + 1, Qt::Uninitialized);
+        const ssize_t length =
+            readlinkat(from, name.constData(), target.data(), size_t(target.size()));
+        if (length < 0)
+            return lastError();
+        if (length >= target.size())
+            return Failure{EAGAIN}; // the link changed while being read
+        target.truncate(length);
+        if (symlinkat(target.constData(), into, newName.constData()) != 0)
+            return lastError();
+    } else if (mknodat(into, newName.constData(), info.st_mode, info.st_rdev) != 0) {
+        return lastError();
+    }
+    const timespec times[2] = {info.st_atim, info.st_mtim};
+    return fromResult(utimensat(into, newName.constData(), times, AT_SYMLINK_NOFOLLOW));
+}
+
+Done TreeCopy::copyContent(int in, int out, off_t size) {
     off_t position = 0;
     while (position < size) {
         off_t data = lseek(in, position, SEEK_DATA);
@@ -152,20 +194,20 @@ int TreeCopy::copyContent(int in, int out, off_t size) {
         if (hole < 0)
             hole = size;
         hole = std::min(hole, size);
-        if (const int error = copyRange(in, out, data, hole))
-            return error;
+        if (const Done copied = copyRange(in, out, data, hole); !copied)
+            return copied;
         position = hole;
     }
     // The length, with any hole at the end.
-    return errnoOf(ftruncate(out, size));
+    return fromResult(ftruncate(out, size));
 }
 
-int TreeCopy::copyRange(int in, int out, off_t from, off_t to) {
+Done TreeCopy::copyRange(int in, int out, off_t from, off_t to) {
     bool inKernel = true;
     std::vector<char> buffer;
     while (from < to) {
-        if (stop)
-            return ECANCELED;
+        if (isCancelled())
+            return Failure{ECANCELED};
         const size_t length = size_t(std::min<off_t>(kChunk, to - from));
         ssize_t copied = -1;
         if (inKernel) {
@@ -177,41 +219,23 @@ int TreeCopy::copyRange(int in, int out, off_t from, off_t to) {
         if (!inKernel) {
             buffer.resize(std::min<size_t>(length, 1 << 20));
             copied = pread(in, buffer.data(), buffer.size(), from);
-            if (copied > 0) {
-                for (ssize_t written = 0; written < copied;) {
-                    const ssize_t n = pwrite(out, buffer.data() + written, size_t(copied - written),
-                                             from + written);
-                    if (n < 0)
-                        return errno;
-                    written += n;
-                }
+            for (ssize_t written = 0; copied > 0 && written < copied;) {
+                const ssize_t n =
+                    pwrite(out, buffer.data() + written, size_t(copied - written), from + written);
+                if (n < 0)
+                    return lastError();
+                written += n;
             }
         }
         if (copied < 0) {
             if (errno == EINTR)
                 continue;
-            return errno;
+            return lastError();
         }
         if (copied == 0)
             break; // the file got shorter meanwhile
         from += copied;
         done += copied;
     }
-    return 0;
-}
-
-void TreeCopy::removeCreated() {
-    const auto stillOurs = [](const Created& item) {
-        struct stat info {};
-        return lstat(item.path.constData(), &info) == 0 && info.st_dev == item.device &&
-               info.st_ino == item.inode;
-    };
-    // Our folders may already carry a read-only mode of their source.
-    for (const Created& item : created)
-        if (item.isDir && stillOurs(item))
-            chmod(item.path.constData(), 0700);
-    for (auto item = created.rbegin(); item != created.rend(); ++item)
-        if (stillOurs(*item))
-            item->isDir ? rmdir(item->path.constData()) : unlink(item->path.constData());
-    created.clear();
+    return {};
 }

@@ -1,11 +1,14 @@
 #include "platform/ZipArchive.h"
 
+#include "platform/DirectoryReader.h"
+#include "platform/UniqueFd.h"
+
 #include <QString>
 #include <algorithm>
 #include <archive.h>
 #include <archive_entry.h>
+#include <array>
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
 #include <locale.h>
 #include <memory>
@@ -45,6 +48,15 @@ private:
     locale_t previous;
 };
 
+// The folders being archived, one open level each: a tree may be deeper than a
+// thread's stack would allow recursion.
+struct Level {
+    UniqueFd fd;
+    QByteArray zipName;
+    std::vector<QByteArray> names;
+    size_t next = 0;
+};
+
 class ZipWriter {
 public:
     ZipWriter(int fd, const std::atomic<bool>& stop) : stop(stop), zip(archive_write_new()) {
@@ -56,20 +68,22 @@ public:
     }
     ~ZipWriter() { archive_write_free(zip); }
 
-    int add(const QByteArray& path, const QByteArray& name) {
+    int addTree(int folder, const QByteArray& name) {
         if (!opened)
             return failure();
-        if (stop)
-            return ECANCELED;
-        struct stat info {};
-        if (lstat(path.constData(), &info) != 0)
-            return errno;
-        if (S_ISDIR(info.st_mode))
-            return addFolder(path, name, info);
-        if (S_ISREG(info.st_mode))
-            return addFile(path, name);
-        if (S_ISLNK(info.st_mode))
-            return addLink(path, name, info);
+        std::vector<Level> levels;
+        if (const int error = add(folder, name, name, levels))
+            return error;
+        while (!levels.empty()) {
+            Level& level = levels.back();
+            if (level.next == level.names.size()) {
+                levels.pop_back();
+                continue;
+            }
+            const QByteArray child = level.names[level.next++];
+            if (const int error = add(level.fd.get(), child, level.zipName + '/' + child, levels))
+                return error;
+        }
         return 0;
     }
 
@@ -94,55 +108,76 @@ private:
         return archive_write_header(zip, entry) < ARCHIVE_WARN ? failure() : 0;
     }
 
-    int addFolder(const QByteArray& path, const QByteArray& name, const struct stat& info) {
-        Entry entry = entryFor(name, info);
-        if (const int error = writeHeader(name, entry.get()))
-            return error;
-        DIR* dir = opendir(path.constData());
-        if (!dir)
+    // Writes the entry; a folder is opened and pushed, for its entries to follow.
+    int add(int folder, const QByteArray& name, const QByteArray& zipName,
+            std::vector<Level>& levels) {
+        if (stop)
+            return ECANCELED;
+        struct stat info {};
+        if (fstatat(folder, name.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0)
             return errno;
-        std::vector<QByteArray> names;
-        errno = 0;
-        while (const dirent* child = readdir(dir)) {
-            const QByteArray childName(child->d_name);
-            if (childName != "." && childName != "..")
-                names.push_back(childName);
-        }
-        const int listError = errno;
-        closedir(dir);
-        if (listError)
-            return listError;
-        for (const QByteArray& child : names)
-            if (const int error = add(path + '/' + child, name + '/' + child))
-                return error;
+        if (S_ISDIR(info.st_mode))
+            return addFolder(folder, name, zipName, info, levels);
+        if (S_ISREG(info.st_mode))
+            return addFile(folder, name, zipName);
+        if (S_ISLNK(info.st_mode))
+            return addLink(folder, name, zipName, info);
         return 0;
     }
 
-    int addLink(const QByteArray& path, const QByteArray& name, const struct stat& info) {
+    int addFolder(int folder, const QByteArray& name, const QByteArray& zipName,
+                  const struct stat& info, std::vector<Level>& levels) {
+        UniqueFd fd(
+            openat(folder, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        if (!fd)
+            return errno;
+        Entry entry = entryFor(zipName, info);
+        if (const int error = writeHeader(zipName, entry.get()))
+            return error;
+        Level level{std::move(fd), zipName, {}};
+        UniqueFd readable(openat(level.fd.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!readable)
+            return errno;
+        std::array<char, 32 * 1024> buffer;
+        DirectoryReader reader(readable.get(), buffer.data(), buffer.size());
+        errno = 0;
+        while (reader.readBatch())
+            while (const char* child = reader.nextName())
+                level.names.emplace_back(child);
+        if (errno)
+            return errno;
+        levels.push_back(std::move(level));
+        return 0;
+    }
+
+    int addLink(int folder, const QByteArray& name, const QByteArray& zipName,
+                const struct stat& info) {
         QByteArray target(qsizetype(info.st_size) + 1, Qt::Uninitialized);
-        const ssize_t length = readlink(path.constData(), target.data(), size_t(target.size()));
+        const ssize_t length =
+            readlinkat(folder, name.constData(), target.data(), size_t(target.size()));
         if (length < 0)
             return errno;
         if (length >= target.size())
             return EAGAIN; // the link changed while being read
         target.truncate(length);
-        Entry entry = entryFor(name, info);
+        Entry entry = entryFor(zipName, info);
         archive_entry_copy_symlink(entry.get(), target.constData());
-        return writeHeader(name, entry.get());
+        return writeHeader(zipName, entry.get());
     }
 
-    int addFile(const QByteArray& path, const QByteArray& name) {
+    int addFile(int folder, const QByteArray& name, const QByteArray& zipName) {
         // Non-blocking, so that should a pipe take the file's place it is not waited on.
-        const int fd = open(path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-        if (fd < 0)
+        const UniqueFd fd(
+            openat(folder, name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (!fd)
             return errno;
         struct stat opened {};
-        int error = fstat(fd, &opened) == 0 ? 0 : errno;
+        int error = fstat(fd.get(), &opened) == 0 ? 0 : errno;
         if (!error && !S_ISREG(opened.st_mode))
             error = EAGAIN;
         if (!error) {
-            Entry entry = entryFor(name, opened);
-            error = writeHeader(name, entry.get());
+            Entry entry = entryFor(zipName, opened);
+            error = writeHeader(zipName, entry.get());
         }
         // Exactly the size announced in the header, even if the file changes meanwhile.
         std::vector<char> buffer(1 << 20);
@@ -152,7 +187,7 @@ private:
                 break;
             }
             const ssize_t got =
-                read(fd, buffer.data(), size_t(std::min<off_t>(left, off_t(buffer.size()))));
+                read(fd.get(), buffer.data(), size_t(std::min<off_t>(left, off_t(buffer.size()))));
             if (got < 0) {
                 if (errno != EINTR)
                     error = errno;
@@ -166,7 +201,6 @@ private:
                 error = failure();
             left -= got;
         }
-        close(fd);
         return error;
     }
 
@@ -184,15 +218,12 @@ private:
 
 } // namespace
 
-int writeZipArchive(int fd, const QByteArray& itemPath, const std::atomic<bool>& stop) {
-    QByteArray name = itemPath;
-    while (name.size() > 1 && name.endsWith('/'))
-        name.chop(1);
-    name = name.mid(name.lastIndexOf('/') + 1);
-    ZipWriter writer(fd, stop);
-    if (const int error = writer.add(itemPath, name))
-        return error;
+Done writeZipArchive(int outFd, int folderFd, const QByteArray& name,
+                     const std::atomic<bool>& stop) {
+    ZipWriter writer(outFd, stop);
+    if (const int error = writer.addTree(folderFd, name))
+        return Failure{error};
     if (const int error = writer.finish())
-        return error;
-    return fsync(fd) == 0 ? 0 : errno;
+        return Failure{error};
+    return Done::fromError(fsync(outFd) == 0 ? 0 : errno);
 }

@@ -83,3 +83,26 @@ Lang chooseLang(const std::optional<QString>& stored, const QStringList& preferr
             return lang;
     return Lang::en;
 }
+
+QString fillPlaces(const QString& text, const QStringList& arguments) {
+    QString filled;
+    qsizetype next = 0;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const bool place = text[at] == u'%' && at + 1 < text.size() &&
+                           (text[at + 1] == u'@' || text[at + 1] == u'd');
+        if (place && next < arguments.size()) {
+            filled += arguments[next++];
+            ++at;
+        } else if (text[at] == u'%' && at + 1 < text.size() && text[at + 1] == u'%') {
+            filled += u'%';
+            ++at;
+        } else {
+            filled += text[at];
+        }
+    }
+    return filled;
+}
+
+QString tf(const QString& key, const QStringList& arguments) {
+    return fillPlaces(t(key), arguments);
+}

@@ -32,6 +32,11 @@ const StringsTable& STRINGS();
 
 // The text of key in Loc::current, else in English, else the key itself.
 QString t(const QString& key);
+// The same with its places ("%@", "%d") filled by the arguments in order, and "%%" made
+// "%"; what an argument holds is never read as a place.
+QString tf(const QString& key, const QStringList& arguments);
+// The filling alone, for a text already looked up.
+QString fillPlaces(const QString& text, const QStringList& arguments);
 
 // The first preferred language tag lower-cased and prefix-tested in allCases order;
 // a stored valid code wins over it. English when nothing matches.

@@ -3,7 +3,7 @@
 // and the exact punctuation are part of the text.
 #include "text/StringTable.h"
 
-const std::array<StringRow, 59> kStringRows = {{
+const std::array<StringRow, 60> kStringRows = {{
     {"drop_here",
      {"여기에 폴더를 끌어다 놓으세요", "Drop a folder here", "将文件夹拖到此处",
       "Suelta una carpeta aquí", "ここにフォルダをドラッグしてください", "Déposez un dossier ici",
@@ -66,9 +66,18 @@ const std::array<StringRow, 59> kStringRows = {{
      {"압축 완료 → ", "Compressed → ", "压缩完成 → ", "Comprimido → ", "圧縮完了 → ",
       "Compressé → ", "Komprimiert → ", "Compactado → ", "Сжато → "}},
     {"compress_failed",
-     {"압축 실패: ", "Compressing failed: ", "压缩失败：",
-      "Error al comprimir: ", "圧縮に失敗しました: ", "Échec de la compression : ",
-      "Komprimieren fehlgeschlagen: ", "Falha ao compactar: ", "Ошибка сжатия: "}},
+     {"%@ 압축 실패: %@", "Could not compress %@: %@", "无法压缩 %@：%@",
+      "No se pudo comprimir %@: %@", "%@ を圧縮できませんでした: %@",
+      "Impossible de compresser %@ : %@", "%@ konnte nicht komprimiert werden: %@",
+      "Não foi possível compactar %@: %@", "Не удалось сжать %@: %@"}},
+    {"item_changed",
+     {"%@ 항목이 디스크에서 바뀌어 아무 작업도 하지 않았습니다",
+      "%@ changed on disk; nothing was done", "%@ 在磁盘上已更改；未执行任何操作",
+      "%@ ha cambiado en el disco; no se ha hecho nada",
+      "%@ はディスク上で変更されたため、何も行いませんでした",
+      "%@ a changé sur le disque ; rien n’a été fait",
+      "%@ wurde auf dem Datenträger geändert; es wurde nichts getan",
+      "%@ foi alterado no disco; nada foi feito", "%@ изменился на диске; ничего не сделано"}},
     {"ctx_reveal",
      {"파일 관리자에서 보기", "Show in File Manager", "在文件管理器中显示",
       "Mostrar en el gestor de archivos", "ファイルマネージャで表示",

@@ -7,4 +7,4 @@ struct StringRow {
     std::array<const char*, 9> texts; // UTF-8, in Lang order
 };
 
-extern const std::array<StringRow, 59> kStringRows;
+extern const std::array<StringRow, 60> kStringRows;

@@ -1,4 +1,5 @@
 // The main window's part of the controller: building the window and its two faces.
+#include "actions/FileActions.h"
 #include "app/AppController.h"
 #include "ui/DropView.h"
 #include "ui/MainWindow.h"
@@ -80,15 +81,33 @@ void AppController::buildWindow() {
     model->layOut = [view = outline] { view->layOutNow(); };
     display = model;
     outline->setColumnWidths({420, 100, 230}, {200, 80, 140});
-    outline->onMenu = [self = QPointer<AppController>(this)](int row) -> QMenu* {
-        return self ? self->buildContextMenu(row) : nullptr;
+    actions = new FileActions(inbox, main, this);
+    connect(actions, &FileActions::finished, this, &AppController::reportAction);
+    actions->anchorAbove = [view = outline, model = model](const Node& node) {
+        // A row gone meanwhile (its folder listed again): the outline's top-left corner.
+        QRect row = view->rowRect(model->indexOf(node));
+        if (row.isEmpty())
+            row = QRect(0, 0, 1, 1);
+        return view->viewport()->mapToGlobal(row.topLeft());
     };
-    outline->onPreviewKey = [self = QPointer<AppController>(this)] {
-        if (self)
-            self->previewKeyPressed();
+    outline->onMenu = [view = outline, model = model,
+                       actions = QPointer<FileActions>(actions)](int row) -> QMenu* {
+        const NodePtr node = model->nodeAt(view->indexAtRow(row));
+        return node && actions ? actions->menuFor(node, view) : nullptr;
     };
-    // Double-click or Enter on a row.
-    connect(outline, &QAbstractItemView::activated, this, &AppController::revealDoubleClicked);
+    outline->onPreviewKey = [view = outline, model = model,
+                             actions = QPointer<FileActions>(actions)] {
+        const QModelIndexList selected = view->selectionModel()->selectedRows();
+        if (actions)
+            actions->togglePreview(selected.isEmpty() ? NodePtr()
+                                                      : model->nodeAt(selected.first()));
+    };
+    // Double-click or Enter on a row: the item in the file manager.
+    connect(outline, &QAbstractItemView::activated, actions,
+            [model = model, actions = actions](const QModelIndex& index) {
+                if (const NodePtr node = model->nodeAt(index))
+                    actions->reveal(node);
+            });
     // A folder that finished sorting while closed shows its sorted order when opened.
     connect(outline, &QTreeView::expanded, model, [this](const QModelIndex& index) {
         model->redrawRowAndChildren(model->nodeAt(index));

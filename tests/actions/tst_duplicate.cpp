@@ -1,8 +1,10 @@
 // Duplicate: a faithful copy under the first free name, on a worker under a modal
 // progress dialog; a failed or cancelled copy leaves nothing behind.
+#include "ItemLocations.h"
 #include "LoopImage.h"
 #include "ModalDriver.h"
 #include "TempTree.h"
+#include "actions/ItemJobs.h"
 #include "platform/TreeCopy.h"
 #include "ui/WindowFixture.h"
 
@@ -73,7 +75,8 @@ private Q_SLOTS:
         QVERIFY(f.openAt(folder));
         for (const QByteArray item : {"report.pdf", "report.pdf", "Photos"}) {
             QVERIFY(f.pick(item));
-            f.c.ctxDuplicate();
+            f.actions().duplicate(f.picked);
+            QVERIFY(f.nextOutcome());
             QVERIFY(f.listed(f.c.rootNode));
         }
         QCOMPARE(f.rowNames(f.rootIndex()).size(), 6);
@@ -92,7 +95,8 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick("Photos"));
-        f.c.ctxDuplicate();
+        f.actions().duplicate(f.picked);
+        QVERIFY(f.nextOutcome());
         const QByteArray copy = join(folder, "Photos copy");
         QCOMPARE(treeFacts(copy), before);
         QCOMPARE(treeFacts(source), before);
@@ -131,7 +135,8 @@ private Q_SLOTS:
         QVERIFY(f.pick(lastPathComponent(item)));
         SeenAlert seen;
         dismissAlert(&seen);
-        f.c.ctxDuplicate();
+        f.actions().duplicate(f.picked);
+        QVERIFY(f.nextOutcome());
         QVERIFY(seen.shown);
         QCOMPARE(seen.title, QString("Duplicate"));
         QCOMPARE(seen.text, QString::fromUtf8(lastPathComponent(item)));
@@ -140,6 +145,7 @@ private Q_SLOTS:
         QCOMPARE(runForOutput("/usr/bin/du", {"-ab", item}).value_or(""), sum);
     }
 
+    // Gone since its row was measured: nothing is done, and the status line says so.
     void sourceGone() {
         const QByteArray folder = tmp.freshFolder();
         writeBytes(join(folder, "doomed"), "x");
@@ -147,44 +153,9 @@ private Q_SLOTS:
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick("doomed"));
         QCOMPARE(unlink(join(folder, "doomed").constData()), 0);
-        SeenAlert seen;
-        dismissAlert(&seen);
-        f.c.ctxDuplicate();
-        QVERIFY(seen.shown);
-        QCOMPARE(seen.informative, QString::fromLocal8Bit(strerror(ENOENT)));
+        f.actions().duplicate(f.picked);
+        QTRY_COMPARE(f.c.status->text(), QString("doomed changed on disk; nothing was done"));
         QCOMPARE(treeFacts(folder, false), QByteArray());
-    }
-
-    // The dialog shows while the copy waits for a worker; its Cancel stops the copy,
-    // which then makes nothing, and no alert follows.
-    void cancelFromTheDialog() {
-        const QByteArray folder = tmp.freshFolder();
-        writeBytes(join(folder, "notes.txt"), "n");
-        WindowFixture f;
-        QVERIFY(f.openAt(folder));
-        QVERIFY(f.pick("notes.txt"));
-        // Every worker held, so the copy cannot start before the dialog is answered.
-        QSemaphore hold, held;
-        const int workers = f.c.sizeQueue->maxThreadCount();
-        for (int i = 0; i < workers; ++i)
-            f.c.sizeQueue->start([&hold, &held] {
-                held.release();
-                hold.acquire();
-            });
-        QVERIFY(held.tryAcquire(workers, 30000));
-        QString title, shownName;
-        whenModal([&](QWidget* dialog) {
-            title = dialog->windowTitle();
-            for (QLabel* label : dialog->findChildren<QLabel*>())
-                if (label->text() == "notes.txt" && label->textFormat() == Qt::PlainText)
-                    shownName = label->text();
-            buttonTitled(dialog, "Cancel")->click();
-            hold.release(workers);
-        });
-        f.c.ctxDuplicate();
-        QCOMPARE(title, QString("Duplicate"));
-        QCOMPARE(shownName, QString("notes.txt"));
-        QCOMPARE(runForOutput("/bin/ls", {folder}).value_or(""), QByteArray("notes.txt\n"));
         QVERIFY(!QApplication::activeModalWidget());
     }
 
@@ -200,7 +171,8 @@ private Q_SLOTS:
         const QByteArray before = treeFacts(folder, false);
         TreeCopy copy;
         std::atomic<int> result{-1};
-        std::thread worker([&] { result = copy.run(source, join(folder, "data copy")); });
+        std::thread worker(
+            [&] { result = duplicateItem(locationNow(folder, "data"), copy).error(); });
         // Once the copy is into the second file, the first one exists in the copy.
         while (copy.bytesDone() <= (2 << 20) && result == -1)
             std::this_thread::yield();

@@ -145,7 +145,7 @@ private Q_SLOTS:
         QVERIFY(call.uris.first().startsWith("file:///"));
         QCOMPARE(pathOfUri(call.uris.first()), join(folder, name));
         QCOMPARE(call.startupId, variable.isEmpty() ? QString() : QString("token-42"));
-        QVERIFY(!f.c.previewWindow);
+        QVERIFY(!f.c.actions->ownPreview());
     }
 
     // Double-click and Enter reveal the row's item; a folder's row stays as it was.
@@ -164,7 +164,6 @@ private Q_SLOTS:
         QTRY_COMPARE(desktop->fileManager.calls.size(), 1);
         QCOMPARE(pathOfUri(desktop->fileManager.calls.first().uris.value(0)), join(folder, "sub"));
         QVERIFY(!c.outline->isExpanded(sub));
-        QVERIFY(!c.menuNode);
         QCOMPARE(c.outline->selectionModel()->selectedRows(), QModelIndexList{sub});
 
         c.outline->setFocus();
@@ -212,7 +211,7 @@ private Q_SLOTS:
         call = desktop->previewer.calls.last();
         QCOMPARE(pathOfUri(call.uri), join(folder, "plain.txt"));
         QCOMPARE(call.closeIfShown, true);
-        QVERIFY(!f.c.previewWindow);
+        QVERIFY(!f.c.actions->ownPreview());
     }
 
     // Without a previewer Sizeloom's own window opens; Space and Esc close it.
@@ -222,19 +221,19 @@ private Q_SLOTS:
         openAndSettle(f, folder);
         AppController& c = f.c;
         choose(f, "plain.txt", QuickLook);
-        QTRY_VERIFY(c.previewWindow && c.previewWindow->isVisible());
-        QCOMPARE(c.previewWindow->windowTitle(), QString("plain.txt"));
-        QCOMPARE(c.previewWindow->node(), f.model().nodeAt(row(f, "plain.txt")));
+        QTRY_VERIFY(c.actions->ownPreview() && c.actions->ownPreview()->isVisible());
+        QCOMPARE(c.actions->ownPreview()->windowTitle(), QString("plain.txt"));
+        QCOMPARE(c.actions->ownPreview()->node(), f.model().nodeAt(row(f, "plain.txt")));
 
         c.outline->setCurrentIndex(row(f, "sub"));
         QTest::keyClick(c.outline, Qt::Key_Space);
-        QTRY_VERIFY(!c.previewWindow);
+        QTRY_VERIFY(!c.actions->ownPreview());
         QTest::keyClick(c.outline, Qt::Key_Space);
-        QTRY_VERIFY(c.previewWindow && c.previewWindow->isVisible());
-        QCOMPARE(c.previewWindow->windowTitle(), QString("sub"));
-        QVERIFY(QTest::qWaitForWindowActive(c.previewWindow));
-        QTest::keyClick(c.previewWindow, Qt::Key_Escape);
-        QTRY_VERIFY(!c.previewWindow);
+        QTRY_VERIFY(c.actions->ownPreview() && c.actions->ownPreview()->isVisible());
+        QCOMPARE(c.actions->ownPreview()->windowTitle(), QString("sub"));
+        QVERIFY(QTest::qWaitForWindowActive(c.actions->ownPreview()));
+        QTest::keyClick(c.actions->ownPreview(), Qt::Key_Escape);
+        QTRY_VERIFY(!c.actions->ownPreview());
         QVERIFY(desktop->previewer.calls.isEmpty());
     }
 
@@ -258,8 +257,8 @@ private Q_SLOTS:
         const QByteArray name = "a \"quoted\" \\ name";
         choose(f, name, GetInfo);
         if (ownWindow) {
-            QTRY_COMPARE(f.c.infoWindows.size(), 1);
-            PropertiesWindow* info = f.c.infoWindows.first();
+            QTRY_COMPARE(f.c.actions->ownPropertiesWindows().size(), 1);
+            PropertiesWindow* info = f.c.actions->ownPropertiesWindows().first();
             QVERIFY(info && info->isVisible());
             QCOMPARE(info->windowTitle(), QString::fromUtf8(name));
             QCOMPARE(info->value(PropertiesWindow::Path)->text(),
@@ -270,7 +269,7 @@ private Q_SLOTS:
             QCOMPARE(desktop->fileManager.calls.first().method, QString("ShowItemProperties"));
             QCOMPARE(pathOfUri(desktop->fileManager.calls.first().uris.value(0)),
                      join(folder, name));
-            QVERIFY(f.c.infoWindows.isEmpty());
+            QVERIFY(f.c.actions->ownPropertiesWindows().isEmpty());
         }
     }
 

@@ -29,6 +29,18 @@ private Q_SLOTS:
         QTest::newRow("bytes not UTF-8")
             << QByteArrayList{"caf\xe9.txt", "caf\xe9 copy.txt", "caf\xe9 copy 2.txt",
                               "caf\xe9.zip", "caf\xe9 2.zip"};
+        // Near the limit of 255 bytes the base gives way, never the ending, and never
+        // in the middle of a character.
+        const QByteArray long250 = QByteArray(246, 'a') + ".pdf";
+        QTest::newRow("250 bytes") << QByteArrayList{
+            long250, QByteArray(246, 'a') + " copy.pdf", QByteArray(244, 'a') + " copy 2.pdf",
+            QByteArray(246, 'a') + ".zip", QByteArray(246, 'a') + " 2.zip"};
+        const auto wide = [](int characters) {
+            return "bb" + QByteArray("\xc3\xa9").repeated(characters);
+        };
+        QTest::newRow("two-byte characters at the limit")
+            << QByteArrayList{wide(125) + ".md", wide(122) + " copy.md", wide(121) + " copy 2.md",
+                              wide(124) + ".zip", wide(123) + " 2.zip"};
     }
     void copyAndArchiveNames() {
         QFETCH(QByteArrayList, names);
@@ -49,40 +61,56 @@ private Q_SLOTS:
     // Horizontal white space of every kind is trimmed from the ends, line breaks stay.
     void renameRequests_data() {
         QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("old");
+        QTest::addColumn<QByteArray>("old");
         QTest::addColumn<int>("kind");
         QTest::addColumn<QByteArray>("newName");
         const int nothing = RenameRequest::Nothing, invalid = RenameRequest::Invalid,
                   rename = RenameRequest::Rename;
-        QTest::newRow("unchanged") << QString("a.txt") << "a.txt" << nothing << QByteArray();
+        QTest::newRow("unchanged")
+            << QString("a.txt") << QByteArray("a.txt") << nothing << QByteArray();
         QTest::newRow("spaces around")
-            << QString("  a.txt\t") << "a.txt" << nothing << QByteArray();
-        QTest::newRow("empty") << QString() << "a.txt" << nothing << QByteArray();
-        QTest::newRow("only spaces") << QString(" \t ") << "a.txt" << nothing << QByteArray();
+            << QString("  a.txt\t") << QByteArray("a.txt") << nothing << QByteArray();
+        QTest::newRow("empty") << QString() << QByteArray("a.txt") << nothing << QByteArray();
+        QTest::newRow("only spaces")
+            << QString(" \t ") << QByteArray("a.txt") << nothing << QByteArray();
         QTest::newRow("decomposed is the same")
-            << QString("cafe\u0301") << "caf\u00e9" << nothing << QByteArray();
+            << QString("cafe\u0301") << QByteArray("caf\xc3\xa9") << nothing << QByteArray();
         QTest::newRow("case is a change")
-            << QString("photo.jpg") << "photo.JPG" << rename << QByteArray("photo.jpg");
+            << QString("photo.jpg") << QByteArray("photo.JPG") << rename << QByteArray("photo.jpg");
         QTest::newRow("no-break and ideographic spaces")
-            << QString("\u00a0b.txt\u3000") << "a.txt" << rename << QByteArray("b.txt");
+            << QString("\u00a0b.txt\u3000") << QByteArray("a.txt") << rename << QByteArray("b.txt");
         QTest::newRow("em and thin spaces")
-            << QString("\u2003b.txt\u2009") << "a.txt" << rename << QByteArray("b.txt");
-        QTest::newRow("UTF-8 bytes") << QString("Ünïcode") << "a" << rename
+            << QString("\u2003b.txt\u2009") << QByteArray("a.txt") << rename << QByteArray("b.txt");
+        QTest::newRow("UTF-8 bytes") << QString("Ünïcode") << QByteArray("a") << rename
                                      << QByteArray("\xc3\x9cn\xc3\xaf"
                                                    "code");
-        QTest::newRow("slash") << QString("sub/b") << "a" << invalid << QByteArray();
-        QTest::newRow("dot") << QString(".") << "a" << invalid << QByteArray();
-        QTest::newRow("dot dot") << QString(" .. ") << "a" << invalid << QByteArray();
-        QTest::newRow("NUL") << QString("a") + QChar(0) + "b"
-                             << "a" << invalid << QByteArray();
+        QTest::newRow("slash") << QString("sub/b") << QByteArray("a") << invalid << QByteArray();
+        QTest::newRow("dot") << QString(".") << QByteArray("a") << invalid << QByteArray();
+        QTest::newRow("dot dot") << QString(" .. ") << QByteArray("a") << invalid << QByteArray();
+        QTest::newRow("NUL") << QString("a") + QChar(0) + "b" << QByteArray("a") << invalid
+                             << QByteArray();
         QTest::newRow("three dots are a name")
-            << QString("...") << "a" << rename << QByteArray("...");
+            << QString("...") << QByteArray("a") << rename << QByteArray("...");
+        // Bytes that are not UTF-8 show as U+FFFD and stay themselves where left in place.
+        QTest::newRow("only the extension changed")
+            << QString("caf\ufffd.md") << QByteArray("caf\xe9.txt") << rename
+            << QByteArray("caf\xe9.md");
+        QTest::newRow("left as shown")
+            << QString("caf\ufffd.txt") << QByteArray("caf\xe9.txt") << nothing << QByteArray();
+        QTest::newRow("replacement typed anew")
+            << QString("x\ufffd\ufffd") << QByteArray("\xff\xfe") << rename
+            << QByteArray("x\xff\xfe");
+        QTest::newRow("one of two removed")
+            << QString("a\ufffd") << QByteArray("a\xff\xfe") << rename << QByteArray("a\xff");
+        QTest::newRow("a real U+FFFD stays one")
+            << QString("\ufffd\ufffd") << QByteArray("\xef\xbf\xbd") << rename
+            << QByteArray("\xef\xbf\xbd\xef\xbf\xbd");
         QTest::newRow("line breaks kept")
-            << QString("\na\nb\n") << "a" << rename << QByteArray("\na\nb\n");
+            << QString("\na\nb\n") << QByteArray("a") << rename << QByteArray("\na\nb\n");
     }
     void renameRequests() {
         QFETCH(QString, typed);
-        QFETCH(QString, old);
+        QFETCH(QByteArray, old);
         QFETCH(int, kind);
         QFETCH(QByteArray, newName);
         const RenameRequest request = renameRequest(typed, old);

@@ -92,9 +92,9 @@ private Q_SLOTS:
         f.c.window->show();
         f.c.openPath(place);
         QVERIFY(f.settled());
-        f.c.menuNode = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
-        QVERIFY(f.c.menuNode);
-        f.c.ctxTrash();
+        f.picked = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
+        QVERIFY(f.picked);
+        f.actions().trash(f.picked);
         QTRY_VERIFY(f.c.rootNode->children && !f.rowNames(f.rootIndex()).contains(name));
         QVERIFY(!exists(item));
 
@@ -134,8 +134,8 @@ private Q_SLOTS:
         f.c.openPath(place);
         QVERIFY(f.settled());
         const NodePtr stays = f.model().nodeAt(f.childNamed(f.rootIndex(), "stays"));
-        f.c.menuNode = stays;
-        f.c.ctxTrash();
+        f.picked = stays;
+        f.actions().trash(f.picked);
         // The folder is listed again after the attempt (new nodes), the row still there.
         QTRY_VERIFY(f.listed(f.c.rootNode) && f.childNamed(f.rootIndex(), "stays").isValid() &&
                     f.model().nodeAt(f.childNamed(f.rootIndex(), "stays")) != stays);

@@ -74,8 +74,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::newRow("ellipsis") << "choose_folder" << int(Lang::en) << "Choose Folder…";
         QTest::newRow("trailing blank") << "not_a_folder" << int(Lang::en) << "Not a folder: ";
-        QTest::newRow("prefix ends in a full-width colon")
-            << "compress_failed" << int(Lang::zh) << "压缩失败：";
+        QTest::newRow("two places around a full-width colon")
+            << "compress_failed" << int(Lang::zh) << "无法压缩 %@：%@";
+        QTest::newRow("item changed")
+            << "item_changed" << int(Lang::en) << "%@ changed on disk; nothing was done";
         QTest::newRow("full-width parentheses")
             << "col_pct" << int(Lang::ja) << "割合（親フォルダ比）";
         QTest::newRow("hint in Chinese")
@@ -94,6 +96,27 @@ private Q_SLOTS:
         QFETCH(QString, text);
         Loc::current = Lang(lang);
         QCOMPARE(t(key), text);
+    }
+
+    // Places are filled in order; what fills one is never read as a place itself.
+    void placesFilled_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("filled");
+        QTest::newRow("two in order")
+            << "Could not compress %@: %@" << QStringList{"a", "b"} << "Could not compress a: b";
+        QTest::newRow("a name holding a place")
+            << "%@ and %@" << QStringList{"%@ %d", "x"} << "%@ %d and x";
+        QTest::newRow("count, size and a percentage")
+            << "%d items  ·  %@  ·  %d%% used" << QStringList{"3", "1 KB", "40"}
+            << "3 items  ·  1 KB  ·  40% used";
+        QTest::newRow("fewer arguments than places") << "%@ %@" << QStringList{"a"} << "a %@";
+    }
+    void placesFilled() {
+        QFETCH(QString, text);
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, filled);
+        QCOMPARE(fillPlaces(text, arguments), filled);
     }
 
     // Sizes as the outline shows them, and as the volumes panel shows gigabytes (of 10^9

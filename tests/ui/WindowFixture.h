@@ -1,6 +1,7 @@
 #pragma once
 
 // A controller with its real window, offscreen, on a clean settings store.
+#include "actions/FileActions.h"
 #include "app/AppController.h"
 #include "ui/TreeModel.h"
 #include "ui/TreeOutlineView.h"
@@ -10,6 +11,7 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
 #include <memory>
@@ -24,6 +26,7 @@ struct WindowFixture {
         QStandardPaths::setTestModeEnabled(true);
         Loc::current = Lang::en;
         c.buildWindow();
+        outcomes = std::make_unique<QSignalSpy>(c.actions, &FileActions::finished);
         if (withModelTester)
             tester = std::make_unique<QAbstractItemModelTester>(
                 c.model, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -34,6 +37,23 @@ struct WindowFixture {
     }
 
     TreeModel& model() { return *c.model; }
+    FileActions& actions() { return *c.actions; }
+    // The item the next action is asked for.
+    NodePtr picked;
+    // What actions came to, as they were reported.
+    std::unique_ptr<QSignalSpy> outcomes;
+    qsizetype outcomesSeen = 0;
+    // The next outcome of an action that ended (one that began goes by), once the
+    // window has taken it in.
+    std::optional<ActionOutcome> nextOutcome() {
+        for (;;) {
+            if (!QTest::qWaitFor([&] { return outcomes->count() > outcomesSeen; }, 60000))
+                return std::nullopt;
+            const auto outcome = outcomes->at(outcomesSeen++).first().value<ActionOutcome>();
+            if (!outcome.underWay)
+                return outcome;
+        }
+    }
     QModelIndex rootIndex() { return model().index(0, 0); }
     QList<QByteArray> rowNames(const QModelIndex& folder) {
         QList<QByteArray> names;
@@ -61,8 +81,8 @@ struct WindowFixture {
     }
     // The root's child of that name as the menu's item, as a right-click on it does.
     bool pick(const QByteArray& name) {
-        c.menuNode = model().nodeAt(childNamed(rootIndex(), name));
-        return c.menuNode != nullptr;
+        picked = model().nodeAt(childNamed(rootIndex(), name));
+        return picked != nullptr;
     }
     bool listed(const NodePtr& folder) {
         return QTest::qWaitFor([&] { return folder->children && folder->pending == 0; });
