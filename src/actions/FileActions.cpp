@@ -56,12 +56,17 @@ FileActions::FileActions(std::shared_ptr<MainThreadInbox> inbox, QWidget* window
     : QObject(parent), inbox(std::move(inbox)), window(window) {}
 
 FileActions::~FileActions() {
-    stopJobs(kPatienceAtQuit);
+    jobs.stopAll();
+    // A job caught in a file system that does not answer is left to end with the
+    // program; what it made has no final name and goes with it (or with the next
+    // action in its folder).
+    const QDeadlineTimer deadline = quitDeadline.value_or(QDeadlineTimer(kPatienceAtQuit));
+    jobs.waitForAll(std::chrono::milliseconds(deadline.remainingTime()));
 }
 
-bool FileActions::stopJobs(std::chrono::milliseconds patience) {
+void FileActions::stopJobs(QDeadlineTimer deadline) {
     jobs.stopAll();
-    return jobs.waitForAll(patience);
+    quitDeadline = deadline;
 }
 
 QMenu* FileActions::menuFor(const NodePtr& node, QWidget* parent) {

@@ -6,11 +6,13 @@
 #include "core/Node.h"
 #include "platform/Outcome.h"
 
+#include <QDeadlineTimer>
 #include <QList>
 #include <QObject>
 #include <QPointer>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class MainThreadInbox;
 class PropertiesWindow;
@@ -25,7 +27,8 @@ class FileActions : public QObject {
     Q_OBJECT
 public:
     FileActions(std::shared_ptr<MainThreadInbox> inbox, QWidget* window, QObject* parent = nullptr);
-    // Running jobs are asked to stop and waited for at most two seconds.
+    // Running jobs are asked to stop and waited for until the quit deadline (two
+    // seconds from here unless set).
     ~FileActions() override;
 
     // Where the share picker hangs for an item (the top-left corner of its row, in
@@ -54,9 +57,9 @@ public:
     // Sizeloom's own preview and properties windows, while open.
     PreviewWindow* ownPreview() const { return previewWindow; }
     QList<PropertiesWindow*> ownPropertiesWindows() const;
-    // Asks the running jobs to stop and waits for them at most `patience`; true when
-    // none runs any more.
-    bool stopJobs(std::chrono::milliseconds patience);
+    // Asks the running jobs to stop; they are waited for at most until `deadline` when
+    // this goes.
+    void stopJobs(QDeadlineTimer deadline);
 
 Q_SIGNALS:
     void finished(const ActionOutcome& outcome);
@@ -76,6 +79,7 @@ private:
     const std::shared_ptr<MainThreadInbox> inbox;
     QWidget* const window;
     ActionJobs jobs;
+    std::optional<QDeadlineTimer> quitDeadline;
     // Sizeloom's own preview and properties windows, while open.
     QPointer<PreviewWindow> previewWindow;
     QList<QPointer<PropertiesWindow>> infoWindows;

@@ -1,5 +1,7 @@
 #include "app/AppController.h"
 
+#include "actions/FileActions.h"
+
 AppController::AppController(QObject* parent)
     : QObject(parent), sizeQueue(new QThreadPool), lifeFlag(StopFlag::make()),
       treeFlag(StopFlag::make(lifeFlag)), inbox(MainThreadInbox::make()) {
@@ -10,6 +12,10 @@ AppController::AppController(QObject* parent)
 }
 
 AppController::~AppController() {
+    // Measuring and actions stop together, and are waited for two seconds in all.
+    const QDeadlineTimer quitBy(2000);
+    if (actions)
+        actions->stopJobs(quitBy);
     // Nothing queued starts now, and the du children that are running end, so the
     // workers come back at once.
     lifeFlag->stop();
@@ -20,6 +26,6 @@ AppController::~AppController() {
     sizeQueue->clear();
     // Should a worker still be caught in the file system (a mount that does not
     // answer), the queue is left to finish on its own rather than hang the quit.
-    if (sizeQueue->waitForDone(2000))
+    if (sizeQueue->waitForDone(int(quitBy.remainingTime())))
         delete sizeQueue;
 }

@@ -6,3 +6,10 @@ add_test(NAME tst_clipboard_x11
          COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" env QT_QPA_PLATFORM=xcb
                  $<TARGET_FILE:tst_clipboard>)
 set_tests_properties(tst_clipboard_x11 PROPERTIES ENVIRONMENT "LC_ALL=C.UTF-8" TIMEOUT 300)
+
+# The program around one action, ended at random moments by tst_wholeresults.
+sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/tst_wholeresults.cpp)
+add_executable(actionrunner ${CMAKE_CURRENT_LIST_DIR}/actionrunner.cpp)
+target_link_libraries(actionrunner PRIVATE sizeloomlib)
+target_compile_definitions(tst_wholeresults PRIVATE ACTION_RUNNER="$<TARGET_FILE:actionrunner>")
+add_dependencies(tst_wholeresults actionrunner)

@@ -103,6 +103,64 @@ private Q_SLOTS:
         QCOMPARE(treeFacts(top), before);
     }
 
+    // An archive is no more readable than its item: at most the item's read and write
+    // bits (a folder's without execute), and no more than the mask allows.
+    void archiveStaysPrivate_data() {
+        QTest::addColumn<bool>("folder");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<int>("mask");
+        QTest::addColumn<int>("archiveMode");
+        QTest::newRow("private folder") << true << 0700 << 022 << 0600;
+        QTest::newRow("private file") << false << 0600 << 022 << 0600;
+        QTest::newRow("shared folder") << true << 0755 << 022 << 0644;
+        QTest::newRow("group-writable file, strict mask") << false << 0664 << 077 << 0600;
+        QTest::newRow("executable file") << false << 0751 << 0 << 0640;
+    }
+    void archiveStaysPrivate() {
+        QFETCH(bool, folder);
+        QFETCH(int, mode);
+        QFETCH(int, mask);
+        QFETCH(int, archiveMode);
+        const QByteArray parent = tmp.freshFolder();
+        const QByteArray item = join(parent, "secret");
+        if (folder) {
+            makeDir(item);
+            writeBytes(join(item, "key"), "k");
+            QCOMPARE(chmod(join(item, "key").constData(), 0600), 0);
+        } else {
+            writeBytes(item, "k");
+        }
+        QCOMPARE(chmod(item.constData(), mode_t(mode)), 0);
+        const mode_t before = umask(mode_t(mask));
+        WindowFixture f;
+        QVERIFY(f.openAt(parent));
+        QVERIFY(f.pick("secret"));
+        f.actions().compress(f.picked);
+        const auto outcome = f.nextOutcome();
+        umask(before);
+        QVERIFY(outcome && outcome->error == 0);
+        struct stat archive {};
+        QCOMPARE(stat(join(parent, "secret.zip").constData(), &archive), 0);
+        QCOMPARE(int(archive.st_mode & 07777), archiveMode);
+    }
+
+    // A name near the file system's limit of 255 bytes gets a shortened archive name.
+    void nameAtTheLimit() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray name(253, 'n');
+        writeBytes(join(folder, name), "long");
+        WindowFixture f;
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick(name));
+        f.actions().compress(f.picked);
+        const auto outcome = f.nextOutcome();
+        QVERIFY(outcome && outcome->error == 0);
+        const QByteArray archive = QByteArray(251, 'n') + ".zip";
+        QCOMPARE(outcome->detail, QString::fromUtf8(archive));
+        QCOMPARE(run("zipinfo", {"-1", QFile::decodeName(join(folder, archive))}).output,
+                 name + '\n');
+    }
+
     // Names follow the sequence; two requests in a row never share a name, also for
     // two items of the same base name.
     void namesNeverShared() {

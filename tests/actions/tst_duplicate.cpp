@@ -108,6 +108,57 @@ private Q_SLOTS:
         QVERIFY(f.rowNames(f.rootIndex()).contains("Photos copy"));
     }
 
+    // Files that are hard links of each other inside the folder stay so in the copy; a
+    // file linked from outside the folder is copied, not linked to the outside.
+    void hardLinksStayLinked() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray backups = join(folder, "backups");
+        makeDir(backups);
+        makeDir(join(backups, "monday"));
+        makeDir(join(backups, "tuesday"));
+        writeFile(join(backups, "monday/data"), 1 << 20);
+        QCOMPARE(link(join(backups, "monday/data").constData(),
+                      join(backups, "tuesday/data").constData()),
+                 0);
+        writeBytes(join(folder, "outside"), "o");
+        QCOMPARE(link(join(folder, "outside").constData(), join(backups, "shared").constData()), 0);
+        WindowFixture f;
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick("backups"));
+        f.actions().duplicate(f.picked);
+        QVERIFY(f.nextOutcome());
+        const QByteArray copy = join(folder, "backups copy");
+        struct stat monday {
+        }, tuesday{}, shared{}, original{};
+        QCOMPARE(lstat(join(copy, "monday/data").constData(), &monday), 0);
+        QCOMPARE(lstat(join(copy, "tuesday/data").constData(), &tuesday), 0);
+        QCOMPARE(lstat(join(copy, "shared").constData(), &shared), 0);
+        QCOMPARE(lstat(join(backups, "monday/data").constData(), &original), 0);
+        QCOMPARE(monday.st_ino, tuesday.st_ino);
+        QVERIFY(monday.st_ino != original.st_ino);
+        QCOMPARE(monday.st_nlink, nlink_t(2));
+        QCOMPARE(shared.st_nlink, nlink_t(1));
+        // The copy takes the room of one file, as du counts it.
+        QCOMPARE(duBytes(copy), duBytes(backups) - statBlocksBytes(join(backups, "shared")) +
+                                    statBlocksBytes(join(copy, "shared")));
+    }
+
+    // A name near the limit of 255 bytes: the copy's name is shortened, its ending kept.
+    void nameAtTheLimit() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray name = QByteArray(250, 'n') + ".txt";
+        writeBytes(join(folder, name), "long");
+        WindowFixture f;
+        QVERIFY(f.openAt(folder));
+        QVERIFY(f.pick(name));
+        f.actions().duplicate(f.picked);
+        const auto outcome = f.nextOutcome();
+        QVERIFY(outcome && outcome->error == 0);
+        const QByteArray copy = QByteArray(246, 'n') + " copy.txt";
+        QCOMPARE(outcome->detail, QString::fromUtf8(copy));
+        QCOMPARE(runForOutput("/bin/cat", {join(folder, copy)}), std::optional<QByteArray>("long"));
+    }
+
     // A full disk: the alert names the item and gives the reason; the partial copy is
     // gone, the original intact, nothing else touched.
     void diskFull_data() {

@@ -68,6 +68,9 @@ private Q_SLOTS:
         write("<b>bold<i> & \"q\" \\.txt", "markup stays text\n");
         write("binary.bin", QByteArray("\x01\x02\0\x03\xff", 5));
         write("empty", "");
+        // A PDF made of plain ASCII is still a PDF; a script is text.
+        write("plain.pdf", "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\ntrailer << >>\n%%EOF\n");
+        write("run.sh", "#!/bin/sh\necho hello\n");
         // Valid text up to the preview's limit, then a byte that is not UTF-8: only the
         // limit is read, so it reads as text.
         write("long.txt", QByteArray(kPreviewTextBytes, 'a') + "\xff\xfe rest");
@@ -104,6 +107,10 @@ private Q_SLOTS:
         QTest::newRow("binary") << QByteArray("binary.bin") << Kind::Summary
                                 << "application/octet-stream";
         QTest::newRow("empty") << QByteArray("empty") << Kind::Summary << "application/x-zerosize";
+        QTest::newRow("PDF of plain ASCII")
+            << QByteArray("plain.pdf") << Kind::Summary << "application/pdf";
+        QTest::newRow("script") << QByteArray("run.sh") << Kind::Text
+                                << "application/x-shellscript";
         QTest::newRow("folder") << QByteArray("sub") << Kind::Summary << "inode/directory";
         QTest::newRow("fifo") << QByteArray("pipe") << Kind::Summary << "inode/fifo";
         QTest::newRow("symbolic link") << QByteArray("link") << Kind::Summary << "inode/symlink";

@@ -139,6 +139,8 @@ private Q_SLOTS:
         QTest::newRow("case only") << QByteArray("a.txt") << "A.TXT" << QByteArray("A.TXT");
         QTest::newRow("old name not UTF-8")
             << QByteArray("caf\xe9") << "café" << QByteArray("caf\xc3\xa9");
+        QTest::newRow("only the extension of a name not UTF-8")
+            << QByteArray("caf\xe9.txt") << "caf\ufffd.md" << QByteArray("caf\xe9.md");
     }
     void renamesThroughTheDialog() {
         QFETCH(QByteArray, item);
@@ -146,6 +148,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, newName);
         const QByteArray folder = sample();
         writeBytes(join(folder, "caf\xe9"), "latin");
+        writeBytes(join(folder, "caf\xe9.txt"), "latin text");
         const QByteArray content = contentOf(join(folder, item));
         WindowFixture f;
         QVERIFY(f.openAt(folder));
@@ -157,6 +160,24 @@ private Q_SLOTS:
         QCOMPARE(contentOf(join(folder, newName)), content);
         // The folder is listed afresh: the new name has a row, the old one none.
         QTRY_VERIFY(rootRows(f).contains(newName) && !rootRows(f).contains(item));
+    }
+
+    // The opened folder renamed from its own row: the window opens it under its new name.
+    void openedFolderRenamed() {
+        const QByteArray folder = sample();
+        WindowFixture f;
+        QVERIFY(f.openAt(folder));
+        answerRename(lastPathComponent(folder), "renamed folder");
+        f.actions().rename(f.c.rootNode);
+        QVERIFY(f.nextOutcome());
+        const QByteArray renamed = join(deletingLastPathComponent(folder), "renamed folder");
+        QVERIFY(!exists(folder));
+        QVERIFY(f.settled());
+        QCOMPARE(f.c.rootNode->url, renamed);
+        QCOMPARE(f.c.pathField->text(), QString::fromUtf8(renamed));
+        QVERIFY(f.c.status->text().startsWith(QString::fromUtf8(renamed) + "  ·  "));
+        QVERIFY(f.rowNames(f.rootIndex()).contains("a.txt"));
+        QCOMPARE(rename(renamed.constData(), folder.constData()), 0);
     }
 
     // Unchanged, blank or cancelled: nothing is said. Refused or taken: an alert names

@@ -22,6 +22,8 @@ add_test(NAME install_layout
 # A volume that never answers is mounted in a mount namespace of the test's own.
 sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/tst_hungmount.cpp
                       ${CMAKE_CURRENT_LIST_DIR}/../in-own-mount-namespace.sh)
+target_compile_definitions(tst_hungmount PRIVATE ACTION_RUNNER="$<TARGET_FILE:actionrunner>")
+add_dependencies(tst_hungmount actionrunner)
 
 # The program's leaks are told apart from those of Qt's screen-reader bridge by the
 # frames they were made in (tools/lsan.supp); that takes the full call stack.

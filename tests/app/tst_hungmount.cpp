@@ -6,7 +6,10 @@
 #include "TempTree.h"
 #include "ui/WindowFixture.h"
 
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QLayout>
+#include <QProcess>
 
 using namespace temptree;
 
@@ -101,6 +104,88 @@ private Q_SLOTS:
         const NodePtr sub = f.model().nodeAt(f.childNamed(f.rootIndex(), "sub"));
         QTRY_COMPARE(sub->size(), duBytes(join(other, "sub")));
         QTRY_COMPARE(childprocesses::count("du"), 0);
+        QVERIFY(!mount.rescued());
+    }
+
+    // File actions never wait on measuring: with every measuring worker and two actions
+    // caught in the silent volume, a copy of a small file elsewhere completes. Cancel on
+    // a copy caught there frees the window at once, and nothing of it is left once the
+    // volume answers; the window, when it goes, waits for the caught ones two seconds.
+    void actionsGoOnBesideACaughtOne() {
+        const QByteArray folder = tmp.freshFolder();
+        writeBytes(join(folder, "small.txt"), "abc");
+        const QByteArray at = join(folder, "silent");
+        makeDir(at);
+        HungMount mount;
+        HUNG_MOUNT_OR_SKIP(mount, at);
+        mount.rescueAfter(patience);
+
+        QElapsedTimer closing;
+        {
+            WindowFixture f(false);
+            f.c.window->show();
+            QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
+            f.c.openPath(folder);
+            QTRY_COMPARE(f.rowNames(f.rootIndex()).size(), 2);
+            // Every measuring worker caught: the walk's own in the volume, and the rest
+            // by work that looks into it.
+            for (int i = 0; i < f.c.sizeQueue->maxThreadCount(); ++i)
+                f.c.sizeQueue->start([at] {
+                    struct stat st {};
+                    stat((at + "/inside").constData(), &st);
+                });
+            QTRY_COMPARE(f.c.sizeQueue->activeThreadCount(), f.c.sizeQueue->maxThreadCount());
+            QVERIFY(f.pick("silent"));
+            const NodePtr silent = f.picked;
+            f.actions().compress(silent);
+            f.actions().compress(silent);
+
+            QVERIFY(f.pick("small.txt"));
+            f.actions().duplicate(f.picked);
+            const auto copied = f.nextOutcome();
+            QVERIFY(copied);
+            QCOMPARE(copied->error, 0);
+            QCOMPARE(runForOutput("/bin/cat", {join(folder, "small copy.txt")}),
+                     std::optional<QByteArray>("abc"));
+
+            f.actions().duplicate(silent);
+            QWidget* dialog = QApplication::activeModalWidget();
+            QVERIFY(dialog);
+            QElapsedTimer cancelling;
+            cancelling.start();
+            QTest::keyClick(dialog, Qt::Key_Escape);
+            QTRY_VERIFY_WITH_TIMEOUT(!QApplication::activeModalWidget(), 200);
+            QVERIFY(cancelling.elapsed() < 200);
+            QVERIFY(!mount.rescued());
+            closing.start();
+        }
+        QVERIFY2(closing.elapsed() < 3000, qPrintable(QString::number(closing.elapsed())));
+        mount.release();
+        QCOMPARE(runForOutput("/bin/ls", {"-A", folder}),
+                 std::optional<QByteArray>("silent\nsmall copy.txt\nsmall.txt\n"));
+    }
+
+    // The program told to end (SIGTERM) while an action is caught in the silent volume
+    // ends within three seconds.
+    void quitWhileCaught() {
+        const QByteArray folder = tmp.freshFolder();
+        const QByteArray at = join(folder, "silent");
+        makeDir(at);
+        HungMount mount;
+        HUNG_MOUNT_OR_SKIP(mount, at);
+        mount.rescueAfter(patience);
+        QProcess runner;
+        runner.start(QStringLiteral(ACTION_RUNNER),
+                     {"compress", QFile::decodeName(folder), "silent"});
+        QVERIFY(runner.waitForStarted());
+        QByteArray said;
+        QTRY_VERIFY((said += runner.readAllStandardOutput()).contains("started"));
+        QTest::qWait(100);
+        QElapsedTimer ending;
+        ending.start();
+        runner.terminate();
+        QVERIFY(runner.waitForFinished(10000));
+        QVERIFY2(ending.elapsed() < 3000, qPrintable(QString::number(ending.elapsed())));
         QVERIFY(!mount.rescued());
     }
 };
