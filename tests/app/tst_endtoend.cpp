@@ -2,13 +2,15 @@
 // on the command line, its right-click menu reads out on the accessibility bus and is
 // driven with the keyboard, its actions reach other programs (Copy Path the clipboard,
 // Move to Trash the trash) and its own windows read out, a second launch hands its
-// folder over, and closing the window ends it cleanly.
+// folder over, closing the window ends it cleanly, and so does SIGTERM amid an action.
 #include "AtSpi.h"
 #include "TempTree.h"
 #include "X11Windows.h"
 
 #include <QDBusMetaType>
+#include <QElapsedTimer>
 #include <QProcess>
+#include <QRandomGenerator>
 #include <X11/keysym.h>
 #include <sys/stat.h>
 
@@ -202,6 +204,37 @@ private Q_SLOTS:
         QVERIFY(program.waitForFinished(15000));
         QCOMPARE(program.exitStatus(), QProcess::NormalExit);
         QCOMPARE(program.exitCode(), 0);
+
+        // Told to end (SIGTERM) while it compresses, it quits the orderly way, within the
+        // two seconds given to running work, and no archive is left, under any name.
+        const QByteArray bulky = tmp.freshFolder();
+        {
+            const int fd = open(join(bulky, "bulk.bin").constData(), O_WRONLY | O_CREAT, 0644);
+            QByteArray chunk(1 << 20, Qt::Uninitialized);
+            for (int mib = 0; mib < 384; ++mib) {
+                QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(chunk.data()),
+                                                      chunk.size() / 4);
+                QCOMPARE(write(fd, chunk.constData(), size_t(chunk.size())), ssize_t(chunk.size()));
+            }
+            close(fd);
+        }
+        QProcess third;
+        startProgram(third, {QFile::decodeName(bulky)}, extra);
+        QTRY_VERIFY_WITH_TIMEOUT((window = x.findWindow("Sizeloom")) != 0, 15000);
+        AtSpiObject bulk;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (bulk = atspi.find(AtSpiBus::desktop(), "tree item", "bulk.bin")).isValid(), 15000);
+        QVERIFY(!chooseFromMenu(atspi, x, window, bulk, 9, "Compress").isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(
+            atspi.find(AtSpiBus::desktop(), "label", "Compressing… bulk.bin").isValid(), 10000);
+        QElapsedTimer ending;
+        ending.start();
+        third.terminate();
+        QVERIFY(third.waitForFinished(10000));
+        QVERIFY2(ending.elapsed() < 3000, qPrintable(QString::number(ending.elapsed())));
+        QCOMPARE(third.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(third.exitCode(), 0);
+        QCOMPARE(runForOutput("/bin/ls", {"-A", bulky}), std::optional<QByteArray>("bulk.bin\n"));
     }
 };
 
