@@ -2,7 +2,7 @@
 // times it next to a single "du -sk" of the same folder, in the same run.
 //   bench_first_level FOLDER
 #include "app/AppController.h"
-#include "core/PathInfo.h"
+#include "platform/PathInfo.h"
 #include "core/SizeMeasure.h"
 #include "core/TreeDisplay.h"
 #include "text/SizeText.h"

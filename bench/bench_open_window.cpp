@@ -11,11 +11,11 @@
 #include "BusyCore.h"
 #include "GeneratedTree.h"
 #include "app/AppController.h"
-#include "core/PathInfo.h"
+#include "platform/PathInfo.h"
 #include "core/SizeMeasure.h"
 #include "platform/ChildProcess.h"
 #include "text/SizeText.h"
-#include "ui/TreeModel.h"
+#include "views/TreeModel.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -11,7 +11,7 @@
 #include "GeneratedTree.h"
 #include "core/DuEngine.h"
 #include "core/InProcessEngine.h"
-#include "core/PathInfo.h"
+#include "platform/PathInfo.h"
 #include "platform/ChildProcess.h"
 
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 #include "actions/ItemWindowParts.h"
 
-#include "app/AppIcon.h"
-#include "app/DeleteWith.h"
+#include "ui/AppIcon.h"
+#include "ui/DeleteWith.h"
 #include "ui/PlainText.h"
 
 #include <QFileIconProvider>

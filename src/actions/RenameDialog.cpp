@@ -1,6 +1,6 @@
 #include "actions/RenameDialog.h"
 
-#include "app/AppIcon.h"
+#include "ui/AppIcon.h"
 #include "text/Lang.h"
 #include "ui/PlainText.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "core/MainThreadInbox.h"
+#include "platform/MainThreadInbox.h"
 #include "core/MeasureEngine.h"
 #include "core/Node.h"
-#include "core/StopFlag.h"
+#include "platform/StopFlag.h"
 #include "text/Lang.h"
 
 #include <QDeadlineTimer>

@@ -1,7 +1,7 @@
 // Start-up: the application object, one running copy per session, the language, the
 // menu and the window; then the folder named at launch, and folders handed over later.
 #include "app/AppController.h"
-#include "app/AppIcon.h"
+#include "ui/AppIcon.h"
 #include "platform/LaunchArguments.h"
 #include "platform/QuitSignals.h"
 #include "platform/SingleInstance.h"

@@ -1,9 +1,9 @@
 #include "core/DuEngine.h"
 
-#include "core/FolderListing.h"
+#include "platform/FolderListing.h"
 #include "core/RevocableJobs.h"
 #include "core/SizeMeasure.h"
-#include "core/StopFlag.h"
+#include "platform/StopFlag.h"
 
 #include <dirent.h>
 #include <sys/stat.h>

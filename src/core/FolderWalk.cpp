@@ -1,6 +1,6 @@
 #include "core/FolderWalk.h"
 
-#include "core/FolderListing.h"
+#include "platform/FolderListing.h"
 #include "core/SizeMeasure.h"
 #include "core/WalkScheduler.h"
 #include "platform/DirectoryReader.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/MainThreadInbox.h"
+#include "platform/MainThreadInbox.h"
 #include "core/MeasureEngine.h"
-#include "core/StopFlag.h"
+#include "platform/StopFlag.h"
 
 #include <QPointer>
 

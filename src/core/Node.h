@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/FileId.h"
+#include "platform/FolderListing.h"
+#include "platform/Paths.h"
 
 #include <QByteArray>
 #include <QString>
@@ -11,10 +13,6 @@
 class Node;
 using NodePtr = std::shared_ptr<Node>;
 using NodeList = std::vector<NodePtr>;
-
-// What an item is, as its folder's listing saw it (a link is never a folder); the row's
-// icon comes from it without asking the file system again.
-enum class ItemKind : quint8 { Folder, File, Link, Other };
 
 // One file-system item of the size tree. The tree is owned from the top:
 // a folder holds its children strongly and each child points back weakly,
@@ -77,11 +75,3 @@ void sortLargestFirst(NodeList& children);
 std::vector<int> largestFirstPlaces(const NodeList& children);
 // ...and the children moved to those places.
 void moveToPlaces(NodeList& children, std::vector<int> places);
-// The path of `name` inside `folder` ("/" + "a" is "/a", not "//a").
-QByteArray childPath(const QByteArray& folder, const QByteArray& name);
-// The last path component, or the whole path when that component is empty ("/").
-QByteArray lastPathComponent(const QByteArray& path);
-// The path with its last component removed ("/" stays "/").
-QByteArray deletingLastPathComponent(const QByteArray& path);
-// A path's bytes as text for display, with U+FFFD for bytes that are not UTF-8.
-QString displayPath(const QByteArray& path);

@@ -1,6 +1,6 @@
 #include "platform/ChildProcess.h"
 
-#include "core/StopFlag.h"
+#include "platform/StopFlag.h"
 #include "platform/ArgumentVector.h"
 
 #include <QHash>

@@ -1,7 +1,7 @@
 #include "platform/DiskKind.h"
 
-#include "core/FolderListing.h"
-#include "core/PathInfo.h"
+#include "platform/FolderListing.h"
+#include "platform/PathInfo.h"
 #include "platform/ResolvedPath.h"
 
 #include <QFile>

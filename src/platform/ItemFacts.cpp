@@ -1,6 +1,6 @@
 #include "platform/ItemFacts.h"
 
-#include "core/Node.h"
+#include "platform/Paths.h"
 #include "platform/SafeRead.h"
 
 #include <QMimeDatabase>

@@ -1,6 +1,6 @@
 #include "platform/LaunchArguments.h"
 
-#include "core/PathInfo.h"
+#include "platform/PathInfo.h"
 #include "platform/FileUrl.h"
 
 QByteArray argumentAsPath(const QByteArray& argument) {

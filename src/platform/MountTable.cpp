@@ -1,6 +1,6 @@
 #include "platform/MountTable.h"
 
-#include "core/Node.h"
+#include "platform/Paths.h"
 #include "platform/DiskKind.h"
 #include "platform/MountRules.h"
 #include "platform/VolumeCapacity.h"

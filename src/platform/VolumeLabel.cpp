@@ -1,7 +1,7 @@
 #include "platform/VolumeLabel.h"
 
-#include "core/FolderListing.h"
-#include "core/Node.h"
+#include "platform/FolderListing.h"
+#include "platform/Paths.h"
 #include "platform/ResolvedPath.h"
 
 #include <blkid.h>

@@ -2,7 +2,7 @@
 
 // Drives the outline's right-click and keyboard menu the way the window system does,
 // and describes what comes up.
-#include "ui/WindowFixture.h"
+#include "window/WindowFixture.h"
 
 #include <QApplication>
 #include <QMenu>

@@ -3,7 +3,7 @@
 // loop, and prints the action's outcome (the errno, 0 when done) when it ends.
 //   actionrunner duplicate|compress FOLDER NAME
 #include "actions/FileActions.h"
-#include "core/MainThreadInbox.h"
+#include "platform/MainThreadInbox.h"
 #include "platform/DirectoryReader.h"
 #include "platform/QuitSignals.h"
 #include "platform/UniqueFd.h"

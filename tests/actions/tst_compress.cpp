@@ -2,7 +2,7 @@
 // to the same tree; a failed one is removed and said so in the status line.
 #include "LoopImage.h"
 #include "TempTree.h"
-#include "ui/WindowFixture.h"
+#include "window/WindowFixture.h"
 
 #include <QProcess>
 #include <QRandomGenerator>

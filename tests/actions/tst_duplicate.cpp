@@ -6,7 +6,7 @@
 #include "TempTree.h"
 #include "actions/ItemJobs.h"
 #include "platform/TreeCopy.h"
-#include "ui/WindowFixture.h"
+#include "window/WindowFixture.h"
 
 #include <QSemaphore>
 #include <cerrno>

@@ -4,7 +4,7 @@
 #include "ModalDriver.h"
 #include "TempTree.h"
 #include "platform/ItemReach.h"
-#include "ui/WindowFixture.h"
+#include "window/WindowFixture.h"
 
 using namespace temptree;
 

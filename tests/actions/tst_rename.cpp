@@ -4,7 +4,7 @@
 #include "TempTree.h"
 #include "platform/RenameNoReplace.h"
 #include "platform/SystemReason.h"
-#include "ui/WindowFixture.h"
+#include "window/WindowFixture.h"
 
 #include <QProcess>
 #include <cerrno>

@@ -2,7 +2,7 @@
 // trash tools of other desktops (trash-cli), which must list and restore it intact.
 #include "LoopImage.h"
 #include "TempTree.h"
-#include "ui/WindowFixture.h"
+#include "window/WindowFixture.h"
 
 #include <QDateTime>
 #include <QProcess>

@@ -1,6 +1,6 @@
 // The program's icon and version, as the window, the About window and the desktop get them.
-#include "app/AppIcon.h"
-#include "app/AppVersion.h"
+#include "ui/AppIcon.h"
+#include "window/AppVersion.h"
 
 #include <QImage>
 #include <QTest>

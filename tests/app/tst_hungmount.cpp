@@ -4,7 +4,7 @@
 #include "ChildProcesses.h"
 #include "HungMount.h"
 #include "TempTree.h"
-#include "ui/WindowFixture.h"
+#include "window/WindowFixture.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

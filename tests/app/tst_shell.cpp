@@ -1,7 +1,7 @@
 // The application shell: the menu bar, Preferences, About and the language switch.
-#include "app/UserDefaults.h"
+#include "platform/UserDefaults.h"
 #include "text/SizeText.h"
-#include "ui/WindowFixture.h"
+#include "window/WindowFixture.h"
 
 #include <QAccessible>
 #include <QApplication>

@@ -1,6 +1,6 @@
 // Results reach the main thread in slices; work a slice leaves the display runs in a
 // pass of the event loop of its own, between that slice and the next.
-#include "core/MainThreadInbox.h"
+#include "platform/MainThreadInbox.h"
 
 #include <QCoreApplication>
 #include <QTest>

@@ -3,7 +3,7 @@
 #include "LoopImage.h"
 #include "TempTree.h"
 #include "WalkRecorder.h"
-#include "core/FolderListing.h"
+#include "platform/FolderListing.h"
 #include "core/FolderWalk.h"
 
 #include <QProcess>

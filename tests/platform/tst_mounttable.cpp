@@ -2,7 +2,7 @@
 #include "platform/DiskKind.h"
 #include "platform/MountTable.h"
 #include "platform/VolumeLabel.h"
-#include "volumes/ListedVolume.h"
+#include "views/ListedVolume.h"
 
 #include <QDir>
 #include <QFile>

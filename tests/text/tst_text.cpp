@@ -1,10 +1,10 @@
 // The interface's texts: the language chosen, the string table, and the texts made
 // from sizes (size and share cells, bars, capacities and the status line).
 #include "app/AppController.h"
-#include "app/UserDefaults.h"
+#include "platform/UserDefaults.h"
 #include "text/SizeText.h"
-#include "text/StatusLine.h"
-#include "ui/ShareText.h"
+#include "window/StatusLine.h"
+#include "views/ShareText.h"
 
 #include <QStandardPaths>
 #include <QTest>

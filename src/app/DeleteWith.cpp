@@ -1,7 +1,0 @@
-#include "app/DeleteWith.h"
-
-#include <QObject>
-
-void deleteWith(QObject* owner, QObject* object) {
-    QObject::connect(owner, &QObject::destroyed, object, [object] { delete object; });
-}

@@ -1,6 +1,0 @@
-#include "app/UserDefaults.h"
-
-std::unique_ptr<QSettings> userDefaults() {
-    return std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope,
-                                       QStringLiteral("sizeloom"), QStringLiteral("sizeloom"));
-}

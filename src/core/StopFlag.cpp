@@ -1,8 +1,0 @@
-#include "core/StopFlag.h"
-
-#include "platform/ChildProcess.h"
-
-void StopFlag::stop() {
-    stopped.store(true, std::memory_order_release);
-    endChildrenOfStoppedWork();
-}

@@ -1,0 +1,8 @@
+#include "platform/StopFlag.h"
+
+#include "platform/ChildProcess.h"
+
+void StopFlag::stop() {
+    stopped.store(true, std::memory_order_release);
+    endChildrenOfStoppedWork();
+}

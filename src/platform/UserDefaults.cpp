@@ -1,0 +1,6 @@
+#include "platform/UserDefaults.h"
+
+std::unique_ptr<QSettings> userDefaults() {
+    return std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope,
+                                       QStringLiteral("sizeloom"), QStringLiteral("sizeloom"));
+}

@@ -1,0 +1,7 @@
+#include "ui/DeleteWith.h"
+
+#include <QObject>
+
+void deleteWith(QObject* owner, QObject* object) {
+    QObject::connect(owner, &QObject::destroyed, object, [object] { delete object; });
+}

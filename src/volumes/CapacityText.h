@@ -1,7 +1,0 @@
-#pragma once
-
-#include "volumes/AttributedText.h"
-
-// A volume's free and total capacity in decimal gigabytes: the free part in the
-// accent colour and semibold, the total in the secondary text colour.
-AttributedText capAttr(qint64 freeBytes, qint64 totalBytes);
