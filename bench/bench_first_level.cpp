@@ -1,10 +1,10 @@
 // Lists and measures one folder's first level through the real core (no window) and
 // times it next to a single "du -sk" of the same folder, in the same run.
 //   bench_first_level FOLDER
-#include "app/AppController.h"
-#include "platform/PathInfo.h"
 #include "core/SizeMeasure.h"
+#include "core/SizeTree.h"
 #include "core/TreeDisplay.h"
+#include "platform/PathInfo.h"
 #include "text/SizeText.h"
 
 #include <QCoreApplication>
@@ -15,8 +15,7 @@ namespace {
 
 class SortedLevelClock : public TreeDisplay {
 public:
-    explicit SortedLevelClock(const NodePtr& root) : root(root) {}
-    void showNewRoot(const NodePtr&) override {}
+    void showNewRoot(const NodePtr& shown) override { root = shown; }
     bool isShown(const Node&) const override { return false; }
     void redrawRow(const NodePtr&) override {}
     void rowsAppended(const NodePtr&, size_t, size_t) override {}
@@ -50,22 +49,21 @@ int main(int argc, char** argv) {
     const qint64 duBytes = folderDiskUsage(folder);
     const double duMs = clock.nsecsElapsed() / 1e6;
 
-    AppController controller;
-    controller.rootNode = Node::make(folder, true);
-    SortedLevelClock display(controller.rootNode);
-    controller.display = &display;
+    SizeTree controller;
+    SortedLevelClock display;
+    controller.setDisplay(&display);
     clock.restart();
-    controller.ensureListed(controller.rootNode);
+    controller.open(folder);
     const double listedMs = clock.nsecsElapsed() / 1e6;
-    if (!controller.rootNode->children->empty())
+    if (!controller.root()->children->empty())
         app.exec();
     const double sortedMs = clock.nsecsElapsed() / 1e6;
 
     qint64 sum = 0;
-    for (const NodePtr& child : *controller.rootNode->children)
+    for (const NodePtr& child : *controller.root()->children)
         sum += child->size();
     std::printf("folder            %s\n", folder.constData());
-    std::printf("entries           %zu\n", controller.rootNode->children->size());
+    std::printf("entries           %zu\n", controller.root()->children->size());
     std::printf("listing (main)    %10.1f ms\n", listedMs);
     std::printf("sorted level      %10.1f ms\n", sortedMs);
     std::printf("single du -sk     %10.1f ms  (%s)\n", duMs,

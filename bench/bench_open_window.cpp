@@ -1,4 +1,4 @@
-// Opens a folder through the real controller and its window (offscreen, shown) and
+// Opens a folder through the real size tree and its window (offscreen, shown) and
 // reports how the interface keeps up while the folder is listed, measured and sorted,
 // next to one "du -sk" of the same folder in the same run.
 //   bench_open_window [--load] FOLDER
@@ -10,12 +10,13 @@
 // "perf record -k CLOCK_MONOTONIC".
 #include "BusyCore.h"
 #include "GeneratedTree.h"
-#include "app/AppController.h"
-#include "platform/PathInfo.h"
 #include "core/SizeMeasure.h"
+#include "core/SizeTree.h"
 #include "platform/ChildProcess.h"
+#include "platform/PathInfo.h"
 #include "text/SizeText.h"
 #include "views/TreeModel.h"
+#include "window/MainWindow.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -80,9 +81,9 @@ int main(int argc, char** argv) {
     const qint64 duBytes = folderDiskUsage(folder);
     const double duMs = double(clock.nsecsElapsed()) / 1e6;
 
-    AppController controller;
-    controller.buildWindow();
-    controller.window->show();
+    SizeTree tree;
+    MainWindow window(tree);
+    window.show();
     for (int turn = 0; turn < 20; ++turn)
         app.processEvents();
     const long emptyWindowKiB = residentKiB();
@@ -111,16 +112,16 @@ int main(int argc, char** argv) {
     });
 
     double firstRowsMs = -1, totalShownMs = -1, sortedMs = -1, openCallMs = -1;
-    const auto rows = [&] { return controller.model->rowCount(controller.model->index(0, 0)); };
+    const auto rows = [&] { return window.model().rowCount(window.model().index(0, 0)); };
     QTimer probe;
     probe.setInterval(1);
     QObject::connect(&probe, &QTimer::timeout, &app, [&] {
         const double now = double(clock.nsecsElapsed()) / 1e6;
         if (firstRowsMs < 0 && rows() > 0)
             firstRowsMs = now;
-        if (totalShownMs < 0 && controller.status->text().contains(QStringLiteral("Total")))
+        if (totalShownMs < 0 && window.statusLine().text().contains(QStringLiteral("Total")))
             totalShownMs = now;
-        if (sortedMs < 0 && controller.rootNode->pending == 0)
+        if (sortedMs < 0 && tree.root()->pending == 0)
             sortedMs = now;
         if (totalShownMs >= 0 && sortedMs >= 0)
             app.quit();
@@ -136,11 +137,11 @@ int main(int argc, char** argv) {
         clock_gettime(CLOCK_MONOTONIC, &now);
         std::printf("opened at monotonic     %ld.%09ld\n", long(now.tv_sec), now.tv_nsec);
     }
-    controller.openPath(folder);
+    window.openFolder(folder);
     openCallMs = double(clock.nsecsElapsed()) / 1e6;
     app.exec();
     // Painted once more with every row in, as a person would see it.
-    controller.window->repaint();
+    window.repaint();
     const long shownKiB = residentKiB();
     busy.reset();
 
@@ -154,7 +155,7 @@ int main(int argc, char** argv) {
     std::printf("first rows shown        %10.1f ms\n", firstRowsMs);
     std::printf("first level sorted      %10.1f ms\n", sortedMs);
     std::printf("root total shown        %10.1f ms  (%s; du says %s)\n", totalShownMs,
-                humanSize(controller.rootNode->size()).toUtf8().constData(),
+                humanSize(tree.root()->size()).toUtf8().constData(),
                 humanSize(duBytes).toUtf8().constData());
     std::printf("longest main stall      %10.1f ms  (at %.0f ms; %.1f ms of it working)\n",
                 double(longestStallNs) / 1e6, double(longestStallAtNs) / 1e6,
@@ -165,7 +166,7 @@ int main(int argc, char** argv) {
                 double(shownKiB - emptyWindowKiB) / 1024.0,
                 entries > 0 ? double(shownKiB - emptyWindowKiB) * 1024.0 / entries : 0.0,
                 double(peakMemoryKiB()) / 1024.0);
-    if (controller.rootNode->size() != duBytes)
+    if (tree.root()->size() != duBytes)
         std::printf("MISMATCH: the root's total differs from du -sk\n");
     // Hard links and deep chains are more than QTemporaryDir removes on its own.
     runForOutput("/bin/rm", {"-rf", "--", base});

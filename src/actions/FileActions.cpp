@@ -8,17 +8,17 @@
 #include "actions/PropertiesWindow.h"
 #include "actions/RenameDialog.h"
 #include "actions/SharePicker.h"
-#include "ui/AuxWindow.h"
-#include "platform/MainThreadInbox.h"
 #include "core/NodeLocation.h"
 #include "platform/FileClipboard.h"
 #include "platform/FileManager.h"
 #include "platform/FolderHandler.h"
 #include "platform/ItemReach.h"
+#include "platform/MainThreadInbox.h"
 #include "platform/Previewer.h"
 #include "platform/ShareServices.h"
 #include "platform/TreeCopy.h"
 #include "text/Lang.h"
+#include "ui/AuxWindow.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -52,8 +52,7 @@ bool isTop(const Node& node) {
 
 } // namespace
 
-FileActions::FileActions(std::shared_ptr<MainThreadInbox> inbox, QWidget* window, QObject* parent)
-    : QObject(parent), inbox(std::move(inbox)), window(window) {}
+FileActions::FileActions(QWidget* window, QObject* parent) : QObject(parent), window(window) {}
 
 FileActions::~FileActions() {
     jobs.stopAll();
@@ -88,7 +87,7 @@ QMenu* FileActions::menuFor(const NodePtr& node, QWidget* parent) {
 
 void FileActions::runJob(const NodePtr& subject, ActionOutcome outcome, Job job,
                          std::function<void(ActionOutcome&, const Outcome<QByteArray>&)> complete) {
-    jobs.start([self = QPointer<FileActions>(this), inbox = inbox, subject,
+    jobs.start([self = QPointer<FileActions>(this), inbox = MainThreadInbox::shared(), subject,
                 outcome = std::move(outcome), job = std::move(job),
                 complete = std::move(complete)](const std::atomic<bool>& stop) mutable {
         Outcome<QByteArray> result = job(stop);

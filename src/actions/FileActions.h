@@ -14,7 +14,6 @@
 #include <memory>
 #include <optional>
 
-class MainThreadInbox;
 class PropertiesWindow;
 class QMenu;
 class QWidget;
@@ -26,7 +25,8 @@ enum class ShareService;
 class FileActions : public QObject {
     Q_OBJECT
 public:
-    FileActions(std::shared_ptr<MainThreadInbox> inbox, QWidget* window, QObject* parent = nullptr);
+    // Dialogs and windows of the actions belong to `window`.
+    explicit FileActions(QWidget* window, QObject* parent = nullptr);
     // Running jobs are asked to stop and waited for until the quit deadline (two
     // seconds from here unless set).
     ~FileActions() override;
@@ -76,7 +76,6 @@ private:
     void showOwnProperties(const NodePtr& node);
     void showSharePicker(const NodePtr& node, const QList<ShareService>& services);
 
-    const std::shared_ptr<MainThreadInbox> inbox;
     QWidget* const window;
     ActionJobs jobs;
     std::optional<QDeadlineTimer> quitDeadline;

@@ -1,31 +1,53 @@
 #include "app/AppController.h"
 
 #include "actions/FileActions.h"
+#include "core/SizeTree.h"
+#include "platform/FileUrl.h"
+#include "ui/AuxWindow.h"
+#include "window/AboutWindow.h"
+#include "window/MainMenu.h"
+#include "window/MainWindow.h"
+#include "window/PreferencesWindow.h"
+
+#include <QMetaObject>
 
 AppController::AppController(QObject* parent)
-    : QObject(parent), sizeQueue(new QThreadPool), lifeFlag(StopFlag::make()),
-      treeFlag(StopFlag::make(lifeFlag)), inbox(MainThreadInbox::make()) {
-    sizeQueue->setMaxThreadCount(6);
-    engine = makeMeasureEngine(sizeQueue);
-    inbox->displayWorkDue = [this] { return rowsDueForAnnouncement(); };
-    inbox->displayWork = [this] { showDueRows(); };
+    : QObject(parent), tree(std::make_unique<SizeTree>()),
+      mainWindow(std::make_unique<MainWindow>(*tree)), menu(new MainMenu) {
+    mainWindow->setMenuBar(menu);
+    connect(menu, &MainMenu::aboutRequested, this, &AppController::showAbout);
+    connect(menu, &MainMenu::preferencesRequested, this, &AppController::showPreferences);
 }
 
 AppController::~AppController() {
-    // Measuring and actions stop together, and are waited for two seconds in all.
     const QDeadlineTimer quitBy(2000);
-    if (actions)
-        actions->stopJobs(quitBy);
-    // Nothing queued starts now, and the du children that are running end, so the
-    // workers come back at once.
-    lifeFlag->stop();
-    inbox->displayWorkDue = nullptr;
-    inbox->displayWork = nullptr;
-    dropTreeWork();
-    engine.reset();
-    sizeQueue->clear();
-    // Should a worker still be caught in the file system (a mount that does not
-    // answer), the queue is left to finish on its own rather than hang the quit.
-    if (sizeQueue->waitForDone(int(quitBy.remainingTime())))
-        delete sizeQueue;
+    mainWindow->actions().stopJobs(quitBy);
+    tree->setQuitDeadline(quitBy);
+}
+
+void AppController::launch(const QList<QByteArray>& arguments) {
+    mainWindow->restoreFrame();
+    mainWindow->bringToFront();
+    // Once launching is over, as the desktop expects of an opened document.
+    if (arguments.size() >= 2)
+        QMetaObject::invokeMethod(
+            this, [this, folder = arguments.at(1)] { mainWindow->openHandedPath(folder); },
+            Qt::QueuedConnection);
+}
+
+void AppController::open(const QList<QUrl>& urls) {
+    if (!urls.isEmpty())
+        mainWindow->openHandedPath(localPathBytes(urls.first()));
+}
+
+void AppController::showAbout() {
+    if (!about)
+        about = std::make_unique<AboutWindow>();
+    presentCentered(about.get(), mainWindow->screen());
+}
+
+void AppController::showPreferences() {
+    if (!preferences)
+        preferences = std::make_unique<PreferencesWindow>();
+    presentCentered(preferences.get(), mainWindow->screen());
 }

@@ -1,14 +1,14 @@
 // Start-up: the application object, one running copy per session, the language, the
 // menu and the window; then the folder named at launch, and folders handed over later.
 #include "app/AppController.h"
-#include "ui/AppIcon.h"
 #include "platform/LaunchArguments.h"
 #include "platform/QuitSignals.h"
 #include "platform/SingleInstance.h"
+#include "ui/AppIcon.h"
+#include "window/LanguageSwitch.h"
+#include "window/MainWindow.h"
 
 #include <QApplication>
-#include <QMainWindow>
-#include <QMetaObject>
 
 int main(int argc, char** argv) {
     // Launch arguments are kept as bytes: a folder name need not be UTF-8. The desktop
@@ -34,16 +34,11 @@ int main(int argc, char** argv) {
     SingleInstance instance;
     instance.registerPrimary();
 
+    Loc::current = startupLanguage();
     AppController controller;
-    Loc::current = AppController::defaultLang();
-    controller.buildMainMenu();
-    controller.buildWindow();
-    instance.setWindow(controller.window);
-    QObject::connect(&instance, &SingleInstance::openRequested, &controller,
-                     &AppController::applicationOpen);
-    QMetaObject::invokeMethod(
-        &controller,
-        [&controller, arguments] { controller.applicationDidFinishLaunching(arguments); },
-        Qt::QueuedConnection);
+    QObject::connect(&instance, &SingleInstance::activationRequested, &controller,
+                     [&controller] { controller.window().bringToFront(); });
+    QObject::connect(&instance, &SingleInstance::openRequested, &controller, &AppController::open);
+    controller.launch(arguments);
     return app.exec();
 }

@@ -9,7 +9,7 @@ InProcessEngine::InProcessEngine(QThreadPool* pool, int workers)
     : scheduler(std::make_shared<WalkScheduler>(pool, workers)) {}
 
 InProcessEngine::~InProcessEngine() {
-    scheduler->shutDown();
+    scheduler->shutDown(quitBy());
 }
 
 int InProcessEngine::defaultWorkers() {

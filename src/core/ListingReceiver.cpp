@@ -1,14 +1,13 @@
 #include "core/ListingReceiver.h"
 
-#include "app/AppController.h"
+#include "core/SizeTree.h"
 
 ListingReceiver::ListingReceiver(std::shared_ptr<MainThreadInbox> inbox,
-                                 QPointer<AppController> controller, NodePtr folder,
-                                 StopFlagPtr wanted)
+                                 QPointer<SizeTree> controller, NodePtr folder, StopFlagPtr wanted)
     : inbox(std::move(inbox)), controller(std::move(controller)), folder(std::move(folder)),
       wanted(std::move(wanted)) {}
 
-void ListingReceiver::handOver(std::function<void(AppController&, const NodePtr&)> apply) {
+void ListingReceiver::handOver(std::function<void(SizeTree&, const NodePtr&)> apply) {
     if (wanted->isStopped())
         return;
     inbox->post(
@@ -20,29 +19,28 @@ void ListingReceiver::handOver(std::function<void(AppController&, const NodePtr&
 }
 
 void ListingReceiver::folderIdentified(FileId id) {
-    handOver([id](AppController&, const NodePtr& folder) { folder->ownId = id; });
+    handOver([id](SizeTree&, const NodePtr& folder) { folder->ownId = id; });
 }
 
 void ListingReceiver::entriesListed(std::vector<WalkEntry>&& batch) {
-    handOver([batch = std::move(batch)](AppController& controller, const NodePtr& folder) {
+    handOver([batch = std::move(batch)](SizeTree& controller, const NodePtr& folder) {
         controller.applyListedEntries(folder, batch);
     });
 }
 
 void ListingReceiver::listingEnded(size_t) {
-    handOver([](AppController& controller, const NodePtr& folder) {
-        controller.applyListingEnd(folder);
-    });
+    handOver(
+        [](SizeTree& controller, const NodePtr& folder) { controller.applyListingEnd(folder); });
 }
 
 void ListingReceiver::childMeasured(size_t index, qint64 bytes) {
-    handOver([index, bytes](AppController& controller, const NodePtr& folder) {
+    handOver([index, bytes](SizeTree& controller, const NodePtr& folder) {
         controller.applyChildSize(folder, index, bytes);
     });
 }
 
 void ListingReceiver::walkEnded(qint64 folderBytes) {
-    handOver([folderBytes](AppController& controller, const NodePtr& folder) {
+    handOver([folderBytes](SizeTree& controller, const NodePtr& folder) {
         controller.applyFolderTotal(folder, folderBytes);
     });
 }

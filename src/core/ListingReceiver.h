@@ -1,19 +1,19 @@
 #pragma once
 
-#include "platform/MainThreadInbox.h"
 #include "core/MeasureEngine.h"
+#include "platform/MainThreadInbox.h"
 #include "platform/StopFlag.h"
 
 #include <QPointer>
 
-class AppController;
+class SizeTree;
 
 // Takes one folder's walk from the engine's threads to the controller on the main
 // thread. What arrives once the listing is no longer wanted (discarded, another folder
 // opened, the controller gone) is dropped there.
 class ListingReceiver : public WalkReceiver {
 public:
-    ListingReceiver(std::shared_ptr<MainThreadInbox> inbox, QPointer<AppController> controller,
+    ListingReceiver(std::shared_ptr<MainThreadInbox> inbox, QPointer<SizeTree> controller,
                     NodePtr folder, StopFlagPtr wanted);
 
     void folderIdentified(FileId id) override;
@@ -24,10 +24,10 @@ public:
 
 private:
     // Runs apply(controller) on the main thread while the listing is wanted.
-    void handOver(std::function<void(AppController&, const NodePtr&)> apply);
+    void handOver(std::function<void(SizeTree&, const NodePtr&)> apply);
 
     const std::shared_ptr<MainThreadInbox> inbox;
-    const QPointer<AppController> controller;
+    const QPointer<SizeTree> controller;
     const NodePtr folder;
     const StopFlagPtr wanted;
 };

@@ -4,10 +4,12 @@
 #include "platform/FileId.h"
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 class QThreadPool;
@@ -87,8 +89,10 @@ private:
 // the folder the person just opened. Nothing is remembered from one walk to the next.
 class MeasureEngine {
 public:
-    // Stops every walk; once it returns no engine thread touches what it owned.
+    // Stops every walk; once it returns no engine thread touches what it owned, but for
+    // one caught in a file system past the quit deadline.
     virtual ~MeasureEngine() = default;
+    void setQuitDeadline(QDeadlineTimer deadline) { quitDeadline = deadline; }
     // Lists the folder (a link to a folder is followed) and measures every child
     // folder and the folder as a whole.
     virtual std::shared_ptr<WalkTicket> walkFolder(const QByteArray& folder,
@@ -97,6 +101,14 @@ public:
     // allocated size. done runs on an engine thread.
     virtual std::shared_ptr<WalkTicket> measureItem(const QByteArray& path, bool isDir,
                                                     std::function<void(qint64)> done) = 0;
+
+protected:
+    // Until when the destructor waits for a walk caught in a file system: two seconds
+    // from then unless set.
+    QDeadlineTimer quitBy() const { return quitDeadline.value_or(QDeadlineTimer(2000)); }
+
+private:
+    std::optional<QDeadlineTimer> quitDeadline;
 };
 
 // A receiver that only wants the total: walkEnded hands it to done.

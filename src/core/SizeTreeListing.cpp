@@ -1,17 +1,17 @@
 // The size tree's part of the controller: listing folders and applying measurements.
-#include "app/AppController.h"
-#include "platform/FolderListing.h"
 #include "core/ListingReceiver.h"
+#include "core/SizeTree.h"
 #include "core/TreeDisplay.h"
+#include "platform/FolderListing.h"
 
 #include <QTimer>
 #include <algorithm>
 
-bool AppController::isShown(const Node& node) const {
+bool SizeTree::isShown(const Node& node) const {
     return display && display->isShown(node);
 }
 
-void AppController::ensureListed(const NodePtr& node) {
+void SizeTree::ensureListed(const NodePtr& node) {
     if (!node || !node->isDir || node->children)
         return;
     // A listing made before this one, and discarded, counts no more.
@@ -41,8 +41,7 @@ void AppController::ensureListed(const NodePtr& node) {
     });
 }
 
-void AppController::applyListedEntries(const NodePtr& folder,
-                                       const std::vector<WalkEntry>& entries) {
+void SizeTree::applyListedEntries(const NodePtr& folder, const std::vector<WalkEntry>& entries) {
     NodeList& children = *folder->children;
     // The outline hears of the new rows after a slice, not once per batch: each
     // announcement makes it lay out the whole open level again.
@@ -62,7 +61,7 @@ void AppController::applyListedEntries(const NodePtr& folder,
     }
 }
 
-bool AppController::isDue(const Unannounced& run) const {
+bool SizeTree::isDue(const Unannounced& run) const {
     // A listing discarded meanwhile has no rows to announce.
     if (!display || !run.folder->children)
         return false;
@@ -70,20 +69,20 @@ bool AppController::isDue(const Unannounced& run) const {
            worthAnnouncing(run.first, run.folder->children->size() - run.first);
 }
 
-void AppController::rowsDueNow(const Node& folder) {
+void SizeTree::rowsDueNow(const Node& folder) {
     for (Unannounced& run : unannounced)
         if (run.folder.get() == &folder)
             run.held = QDeadlineTimer(0);
 }
 
-bool AppController::rowsDueForAnnouncement() {
+bool SizeTree::rowsDueForAnnouncement() {
     if (std::ranges::any_of(unannounced, [this](const Unannounced& run) { return isDue(run); }))
         return true;
     lookAtHeldRowsInTime();
     return false;
 }
 
-void AppController::lookAtHeldRowsInTime() {
+void SizeTree::lookAtHeldRowsInTime() {
     // A listing that stops halfway (on a slow network share) sends no more results to
     // bring its held rows out.
     if (unannounced.empty() || heldRowsTimed)
@@ -95,14 +94,14 @@ void AppController::lookAtHeldRowsInTime() {
     });
 }
 
-void AppController::showDueRows() {
+void SizeTree::showDueRows() {
     // The outline lays the new rows out at once, in this pass of the event loop, rather
     // than in the next, where the next slice of results may run.
     if (announceNewRows() && display)
         display->layOutNow();
 }
 
-bool AppController::announceNewRows() {
+bool SizeTree::announceNewRows() {
     // Sorted out before anything is announced: the display may call back into the
     // controller while it takes in new rows.
     std::vector<Unannounced> due;
@@ -122,7 +121,7 @@ bool AppController::announceNewRows() {
     return announced;
 }
 
-void AppController::applyListingEnd(const NodePtr& folder) {
+void SizeTree::applyListingEnd(const NodePtr& folder) {
     const bool stillMeasuring = folder->pending > 1;
     settleOneMeasurement(folder);
     // The last rows go out after this slice, however few, unless the sort brings them.
@@ -130,7 +129,7 @@ void AppController::applyListingEnd(const NodePtr& folder) {
         rowsDueNow(*folder);
 }
 
-void AppController::applyChildSize(const NodePtr& folder, size_t index, qint64 size) {
+void SizeTree::applyChildSize(const NodePtr& folder, size_t index, qint64 size) {
     const NodePtr& child = folder->children->at(index);
     child->setSize(size);
     if (isShown(*child))
@@ -138,7 +137,7 @@ void AppController::applyChildSize(const NodePtr& folder, size_t index, qint64 s
     settleOneMeasurement(folder);
 }
 
-void AppController::settleOneMeasurement(const NodePtr& folder) {
+void SizeTree::settleOneMeasurement(const NodePtr& folder) {
     if (folder->pending > 1) {
         folder->pending -= 1;
         return;
@@ -159,15 +158,15 @@ void AppController::settleOneMeasurement(const NodePtr& folder) {
     });
 }
 
-bool AppController::isCurrentListing(const NodePtr& folder, const StopFlagPtr& wanted) const {
+bool SizeTree::isCurrentListing(const NodePtr& folder, const StopFlagPtr& wanted) const {
     // The display may have had the listing dropped, or started again, meanwhile.
     const auto listing = listings.constFind(folder.get());
     return wanted && listing != listings.constEnd() && listing->wanted == wanted &&
            folder->children;
 }
 
-void AppController::sortLevel(const NodePtr& folder, const StopFlagPtr& wanted,
-                              const std::vector<int>& places) {
+void SizeTree::sortLevel(const NodePtr& folder, const StopFlagPtr& wanted,
+                         const std::vector<int>& places) {
     if (!isCurrentListing(folder, wanted) || places.size() != folder->children->size())
         return;
     folder->pending = 0;
@@ -183,7 +182,7 @@ void AppController::sortLevel(const NodePtr& folder, const StopFlagPtr& wanted,
         display->redrawRowAndChildren(folder);
 }
 
-void AppController::applyFolderTotal(const NodePtr& folder, qint64 size) {
+void SizeTree::applyFolderTotal(const NodePtr& folder, qint64 size) {
     // The root's total comes from its own listing's walk (or from recompute, when that
     // listing was discarded first); a deeper folder keeps the size its parent's walk
     // gave it, so its level stays in the order it was sorted in.
@@ -198,7 +197,7 @@ void AppController::applyFolderTotal(const NodePtr& folder, qint64 size) {
         display->redrawRowAndChildren(folder);
 }
 
-void AppController::dropListingWork(const Node& folder) {
+void SizeTree::dropListingWork(const Node& folder) {
     const auto found = listings.constFind(&folder);
     if (found == listings.constEnd())
         return;
@@ -215,7 +214,7 @@ void AppController::dropListingWork(const Node& folder) {
     }
 }
 
-void AppController::dropTreeWork() {
+void SizeTree::dropTreeWork() {
     treeFlag->stop();
     for (const Listing& listing : std::as_const(listings))
         if (listing.walk)

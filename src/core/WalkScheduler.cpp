@@ -94,7 +94,7 @@ void WalkScheduler::retire(FolderWalk& walk) {
     remove(walk);
 }
 
-void WalkScheduler::shutDown() {
+void WalkScheduler::shutDown(QDeadlineTimer deadline) {
     std::vector<std::shared_ptr<FolderWalk>> active;
     {
         std::lock_guard guard(lock);
@@ -108,5 +108,6 @@ void WalkScheduler::shutDown() {
     running -= revoked;
     // A worker caught in a mount that never answers is not waited for: it holds what
     // it still touches (its walk and this scheduler), and the quit goes on.
-    allStopped.wait_for(held, std::chrono::seconds(2), [this] { return running == 0; });
+    allStopped.wait_for(held, std::chrono::milliseconds(deadline.remainingTime()),
+                        [this] { return running == 0; });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -27,9 +28,9 @@ public:
     void drop(FolderWalk& walk);
     // The walk has ended.
     void retire(FolderWalk& walk);
-    // Cancels every walk and returns once no worker runs, or after two seconds when a
+    // Cancels every walk and returns once no worker runs, or at the deadline when a
     // worker is caught in the file system.
-    void shutDown();
+    void shutDown(QDeadlineTimer deadline);
 
 private:
     // Starts up to `wanted` more workers, never more than the set number in all.

@@ -3,6 +3,11 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+const std::shared_ptr<MainThreadInbox>& MainThreadInbox::shared() {
+    static const std::shared_ptr<MainThreadInbox> inbox = make();
+    return inbox;
+}
+
 void MainThreadInbox::post(std::function<void()> work) {
     std::lock_guard guard(lock);
     waiting.push_back(std::move(work));

@@ -14,6 +14,9 @@ public:
     static std::shared_ptr<MainThreadInbox> make() {
         return std::shared_ptr<MainThreadInbox>(new MainThreadInbox);
     }
+    // The program's inbox for results that need no display work of their own (the
+    // measuring engine has one of its own, paced with the outline).
+    static const std::shared_ptr<MainThreadInbox>& shared();
 
     // Safe from any thread; the work runs on the main thread, unless the inbox is gone.
     void post(std::function<void()> work);

@@ -7,7 +7,6 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QWidget>
 #include <optional>
 
 const QString SingleInstance::serviceName = QStringLiteral("org.sizeloom.Sizeloom");
@@ -85,18 +84,9 @@ bool SingleInstance::registerPrimary() {
     return true;
 }
 
-void SingleInstance::setWindow(QWidget* window_) {
-    window = window_;
-}
-
 void SingleInstance::activate(const QVariantMap& data) {
-    if (!window)
-        return;
     adoptToken(data);
-    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-    window->show();
-    window->raise();
-    window->activateWindow();
+    Q_EMIT activationRequested();
 }
 
 void SingleInstance::open(const QStringList& uris, const QVariantMap& data) {

@@ -8,8 +8,6 @@
 #include <QUrl>
 #include <QVariantMap>
 
-class QWidget;
-
 // One running program per session. The first launch takes the bus name and answers
 // the freedesktop Application interface; a later launch hands its arguments over and
 // ends. Without a session bus every launch simply runs on its own.
@@ -31,19 +29,17 @@ public:
     // another program holds the name; the program then runs on its own.
     bool registerPrimary();
 
-    // The window brought to the front when another launch or the desktop asks.
-    void setWindow(QWidget* window);
-
     // The interface's calls, as the bus delivers them.
     void activate(const QVariantMap& platformData);
     void open(const QStringList& uris, const QVariantMap& platformData);
     void refuseAction(const QString& name);
 
 Q_SIGNALS:
+    // Another launch or the desktop asks for the window to come to the front.
+    void activationRequested();
     // Local files handed over, in the order given; never empty.
     void openRequested(const QList<QUrl>& urls);
 
 private:
-    QPointer<QWidget> window;
     bool registered = false;
 };

@@ -9,8 +9,7 @@
 #include <QWidget>
 
 QWidget* makeAuxWindow(QObject* owner) {
-    auto* window = new QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                                            Qt::WindowCloseButtonHint);
+    auto* window = new QWidget(nullptr, kAuxWindowFlags);
     window->setWindowIcon(appIcon());
     deleteWith(owner, window);
     return window;

@@ -1,21 +1,35 @@
 #include "views/TreeModel.h"
 
-#include "app/AppController.h"
+#include "core/SizeTree.h"
 #include "text/Lang.h"
 #include "text/SizeText.h"
-#include "views/ShareText.h"
 #include "ui/Style.h"
 #include "ui/UiFont.h"
+#include "views/ShareText.h"
 
 #include <QFontDatabase>
 
-TreeModel::TreeModel(AppController* controller, QObject* parent)
-    : QAbstractItemModel(parent), controller(controller) {}
+TreeModel::TreeModel(SizeTree& tree, QObject* parent) : QAbstractItemModel(parent), tree(tree) {}
+
+void TreeModel::setExpanded(const QModelIndex& index, bool open) {
+    const Node* node = nodeOf(index);
+    if (!node)
+        return;
+    if (!open) {
+        expanded.remove(node);
+        return;
+    }
+    expanded.insert(node);
+    // A folder that finished sorting while closed shows its sorted order when opened.
+    if (const NodePtr folder = nodeAt(index))
+        redrawRowAndChildren(folder);
+}
 
 void TreeModel::resetRoot() {
     beginResetModel();
     exposed.clear();
-    root = controller->rootNode;
+    expanded.clear();
+    root = tree.root();
     // Views and testers walk the model while the reset is announced; nothing is
     // listed then, the root's listing comes when its row is opened.
     resetting = true;
@@ -25,8 +39,8 @@ void TreeModel::resetRoot() {
 
 void TreeModel::showNewRoot(const NodePtr&) {
     resetRoot();
-    if (expand && root)
-        expand(index(0, 0));
+    if (root)
+        Q_EMIT openWanted(index(0, 0));
 }
 
 Node* TreeModel::nodeOf(const QModelIndex& index) const {
@@ -113,7 +127,7 @@ void TreeModel::fetchMore(const QModelIndex& parent) {
     const NodePtr folder = nodeAt(parent);
     if (!folder || !canFetchMore(parent))
         return;
-    controller->ensureListed(folder);
+    tree.ensureListed(folder);
     exposeChildren(folder, parent);
 }
 
@@ -146,12 +160,14 @@ void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderI
 }
 
 void TreeModel::forgetExposed(const Node& folder) {
-    // Only a folder with exposed rows can have exposed folders below it.
+    // Only a folder with exposed rows can have exposed (or open) folders below it.
     if (!exposed.remove(&folder) || !folder.children)
         return;
     for (const NodePtr& child : *folder.children)
-        if (child->isDir)
+        if (child->isDir) {
+            expanded.remove(child.get());
             forgetExposed(*child);
+        }
 }
 
 void TreeModel::rowsAppended(const NodePtr& folder, size_t first, size_t count) {
@@ -170,7 +186,7 @@ bool TreeModel::isShown(const Node& node) const {
     if (!indexOf(node).isValid())
         return false;
     for (NodePtr folder = node.parent.lock(); folder; folder = folder->parent.lock())
-        if (!isExpanded || !isExpanded(indexOf(*folder)))
+        if (!expanded.contains(folder.get()))
             return false;
     return true;
 }
@@ -190,7 +206,7 @@ void TreeModel::redrawRowAndChildren(const NodePtr& node) {
     if (!node->children) {
         // The listing was discarded (its rows went with it): an open folder lists
         // again now, a closed one when it is next opened.
-        if (isExpanded && isExpanded(folderIndex))
+        if (expanded.contains(node.get()))
             fetchMore(folderIndex);
         return;
     }

@@ -7,9 +7,8 @@
 #include <QAbstractItemModel>
 #include <QHash>
 #include <QSet>
-#include <functional>
 
-class AppController;
+class SizeTree;
 
 // The outline's model: its items are the tree's nodes themselves, the root the one
 // top-level row. A folder's rows are the first children of its listing that the model
@@ -20,24 +19,18 @@ class TreeModel : public QAbstractItemModel, public TreeDisplay {
 public:
     enum Column { NameColumn, SizeColumn, ShareColumn, ColumnCount };
 
-    explicit TreeModel(AppController* controller, QObject* parent = nullptr);
+    explicit TreeModel(SizeTree& tree, QObject* parent = nullptr);
 
-    // Starts over with the controller's current root.
+    // Starts over with the tree's current root.
     void resetRoot();
     void showNewRoot(const NodePtr& root) override;
     // The node of an index (null for the invalid index).
     NodePtr nodeAt(const QModelIndex& index) const;
     // The node's index in the given column, invalid when it has no row.
     QModelIndex indexOf(const Node& node, int column = NameColumn) const;
-    // How the model learns which rows are open, and opens one; the view sets them.
-    std::function<bool(const QModelIndex&)> isExpanded;
-    std::function<void(const QModelIndex&)> expand;
-    // Lays the view out now, if it has a layout pending.
-    std::function<void()> layOut;
-    void layOutNow() override {
-        if (layOut)
-            layOut();
-    }
+    // The view opened or closed a folder's row.
+    void setExpanded(const QModelIndex& index, bool expanded);
+    void layOutNow() override { Q_EMIT layOutWanted(); }
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& child) const override;
@@ -56,6 +49,12 @@ public:
     void reorderChildren(const NodePtr& folder, const std::function<void()>& reorder) override;
     void dropChildren(const NodePtr& folder) override;
 
+Q_SIGNALS:
+    // The new root's row is to be shown open.
+    void openWanted(const QModelIndex& index);
+    // The views lay out the rows just appended now, not in a later pass.
+    void layOutWanted();
+
 private:
     Node* nodeOf(const QModelIndex& index) const;
     void exposeChildren(const NodePtr& folder, const QModelIndex& folderIndex);
@@ -63,11 +62,13 @@ private:
     void forgetExposed(const Node& folder);
     int exposedRows(const Node& folder) const;
 
-    AppController* controller;
+    SizeTree& tree;
     NodePtr root;
     // How many of its children every folder with exposed rows shows. Nothing is kept
     // per row: a large folder's rows cost the model nothing beyond the nodes.
     ShownRowCounts exposed;
+    // Folders whose rows the view shows open.
+    QSet<const Node*> expanded;
     RowIcons icons;
     bool resetting = false;
     // Folders whose rows are being added or removed. Views and testers walk the model

@@ -1,7 +1,8 @@
 #include "views/TreeOutlineView.h"
 
-#include "views/OutlineDelegate.h"
 #include "ui/Style.h"
+#include "views/OutlineDelegate.h"
+#include "views/TreeModel.h"
 
 #include <QAccessible>
 #include <QContextMenuEvent>
@@ -32,6 +33,28 @@ TreeOutlineView::TreeOutlineView(QWidget* parent) : QTreeView(parent) {
     }
     setPalette(colors);
     connect(header(), &QHeaderView::sectionResized, this, &TreeOutlineView::keepMinimumWidth);
+}
+
+void TreeOutlineView::setModel(QAbstractItemModel* model) {
+    QTreeView::setModel(model);
+    if (auto* tree = qobject_cast<TreeModel*>(model)) {
+        connect(tree, &TreeModel::openWanted, this, &QTreeView::expand);
+        connect(tree, &TreeModel::layOutWanted, this, &TreeOutlineView::layOutNow);
+        connect(this, &QTreeView::expanded, tree,
+                [tree](const QModelIndex& index) { tree->setExpanded(index, true); });
+        connect(this, &QTreeView::collapsed, tree,
+                [tree](const QModelIndex& index) { tree->setExpanded(index, false); });
+    }
+}
+
+void TreeOutlineView::changeEvent(QEvent* event) {
+    QTreeView::changeEvent(event);
+    if (event->type() != QEvent::LanguageChange || !model())
+        return;
+    // The column titles come from the table each time they are asked for; sizes still
+    // being measured read "Calculating…" in the language of the moment.
+    Q_EMIT model()->headerDataChanged(Qt::Horizontal, 0, model()->columnCount() - 1);
+    viewport()->update();
 }
 
 void TreeOutlineView::setColumnWidths(const QList<int>& widths, const QList<int>& minimums) {
@@ -114,10 +137,8 @@ void TreeOutlineView::contextMenuEvent(QContextMenuEvent* event) {
     if (index.isValid())
         selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect |
                                                      QItemSelectionModel::Rows);
-    if (!onMenu)
-        return;
-    if (QMenu* menu = onMenu(row))
-        menu->popup(event->globalPos());
+    if (index.isValid())
+        Q_EMIT menuRequested(index, event->globalPos());
 }
 
 void TreeOutlineView::showMenuForCurrentRow() {
@@ -127,12 +148,10 @@ void TreeOutlineView::showMenuForCurrentRow() {
         return;
     selectionModel()->setCurrentIndex(current, QItemSelectionModel::ClearAndSelect |
                                                    QItemSelectionModel::Rows);
-    if (!onMenu)
-        return;
     scrollTo(current);
     const QRect rect = visualRect(current.siblingAtColumn(0));
-    if (QMenu* menu = onMenu(row))
-        menu->popup(viewport()->mapToGlobal(QPoint(rect.left() + kRowHeight, rect.bottom())));
+    Q_EMIT menuRequested(current.siblingAtColumn(0),
+                         viewport()->mapToGlobal(QPoint(rect.left() + kRowHeight, rect.bottom())));
 }
 
 void TreeOutlineView::mousePressEvent(QMouseEvent* event) {
@@ -175,8 +194,9 @@ void TreeOutlineView::keyPressEvent(QKeyEvent* event) {
         showMenuForCurrentRow();
         return;
     }
-    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier && onPreviewKey) {
-        onPreviewKey();
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) {
+        const QModelIndexList selected = selectionModel()->selectedRows();
+        Q_EMIT previewRequested(selected.isEmpty() ? QModelIndex() : selected.first());
         return;
     }
     QTreeView::keyPressEvent(event);

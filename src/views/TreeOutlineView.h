@@ -1,9 +1,6 @@
 #pragma once
 
 #include <QTreeView>
-#include <functional>
-
-class QMenu;
 
 // The outline: a tree of the size tree's rows, the selection drawn as a rounded
 // accent band, per-column minimum widths, and a hook for the right-click menu.
@@ -16,11 +13,6 @@ public:
     void layOutNow() { executeDelayedItemsLayout(); }
     // Sets the three columns' widths and their minimums.
     void setColumnWidths(const QList<int>& widths, const QList<int>& minimums);
-    // Given the row of a right-click (-1 for none), or of the Menu key or Shift+F10,
-    // the menu to show there, if any.
-    std::function<QMenu*(int row)> onMenu;
-    // Space on the selected row: its preview opens, or closes.
-    std::function<void()> onPreviewKey;
 
     static constexpr int kRowHeight = 22;
 
@@ -38,7 +30,18 @@ public:
     // empty when it has no row.
     QRect rowRect(const QModelIndex& index) const;
 
+    // Sets the model, and follows the folders it asks to open and to lay out at once.
+    void setModel(QAbstractItemModel* model) override;
+
+Q_SIGNALS:
+    // A right-click on a row, or the Menu key or Shift+F10 on the current one: the menu
+    // for the row's item, to show at that global point.
+    void menuRequested(const QModelIndex& index, const QPoint& at);
+    // Space: the selected row's preview opens, or closes (an invalid index: none selected).
+    void previewRequested(const QModelIndex& index);
+
 protected:
+    void changeEvent(QEvent* event) override;
     void drawRow(QPainter* painter, const QStyleOptionViewItem& option,
                  const QModelIndex& index) const override;
     void contextMenuEvent(QContextMenuEvent* event) override;

@@ -32,6 +32,5 @@ void DropView::dropEvent(QDropEvent* event) {
     }
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    if (onDrop)
-        onDrop(path);
+    Q_EMIT dropped(path);
 }

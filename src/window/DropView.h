@@ -12,10 +12,12 @@ class DropView : public QWidget {
 public:
     explicit DropView(QWidget* parent = nullptr);
 
-    std::function<void(const QByteArray& path)> onDrop;
-
     // The first local file among the dropped URLs, as path bytes; empty if none.
     static QByteArray firstLocalPath(const QMimeData& data);
+
+Q_SIGNALS:
+    // A drop: the first local file among the dropped URLs.
+    void dropped(const QByteArray& path);
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;

@@ -14,17 +14,17 @@ enum Entry { Reveal = 0, QuickLook = 1, GetInfo = 2, Copy = 8, CopyPath = 9, Sha
 
 // A right-click at a point of the outline's viewport, through the window (so the
 // platform's own right-click handling makes the context-menu request).
-inline void rightClick(AppController& c, const QPoint& viewportPoint) {
-    QWidget* viewport = c.outline->viewport();
-    QTest::mouseClick(c.window->windowHandle(), Qt::RightButton, {},
-                      viewport->mapTo(c.window, viewportPoint));
+inline void rightClick(WindowFixture& f, const QPoint& viewportPoint) {
+    QWidget* viewport = f.outline->viewport();
+    QTest::mouseClick(f.window->windowHandle(), Qt::RightButton, {},
+                      viewport->mapTo(f.window, viewportPoint));
 }
 
 // The window shown and open on the folder, every level listed and measured.
 inline void openAndSettle(WindowFixture& f, const QByteArray& folder) {
-    f.c.window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-    f.c.openPath(folder);
+    f.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(f.window));
+    f.openPath(folder);
     QVERIFY(f.settled());
 }
 
@@ -45,14 +45,14 @@ inline QStringList describe(const QMenu* menu) {
     return out;
 }
 
-inline QPoint centreOfRow(AppController& c, const QModelIndex& index) {
-    return c.outline->visualRect(index).center();
+inline QPoint centreOfRow(WindowFixture& f, const QModelIndex& index) {
+    return f.outline->visualRect(index).center();
 }
 
 // The entry of the row's menu, chosen (the menu closed first, as a click on it does).
 inline void choose(WindowFixture& f, const QModelIndex& row, Entry entry) {
     QVERIFY(row.isValid());
-    rightClick(f.c, centreOfRow(f.c, row));
+    rightClick(f, centreOfRow(f, row));
     QMenu* menu = openMenu();
     QVERIFY(menu);
     QAction* action = menu->actions().at(entry);

@@ -3,8 +3,8 @@
 // loop, and prints the action's outcome (the errno, 0 when done) when it ends.
 //   actionrunner duplicate|compress FOLDER NAME
 #include "actions/FileActions.h"
-#include "platform/MainThreadInbox.h"
 #include "platform/DirectoryReader.h"
+#include "platform/MainThreadInbox.h"
 #include "platform/QuitSignals.h"
 #include "platform/UniqueFd.h"
 
@@ -48,8 +48,7 @@ int main(int argc, char** argv) {
     const NodePtr node = Node::make(folder + '/' + name, isDir, root);
     node->listedIno = ino;
 
-    const auto inbox = MainThreadInbox::make();
-    FileActions actions(inbox, nullptr);
+    FileActions actions(nullptr);
     QObject::connect(&actions, &FileActions::finished, &app, [](const ActionOutcome& outcome) {
         if (outcome.underWay)
             return;

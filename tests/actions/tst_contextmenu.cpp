@@ -31,7 +31,7 @@ const QStringList kEnglishMenu{"Show in File Manager",
                                "-",
                                "Compress"};
 
-QModelIndexList selectedRows(AppController& c) {
+QModelIndexList selectedRows(WindowFixture& c) {
     return c.outline->selectionModel()->selectedRows();
 }
 
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, name);
         WindowFixture f;
         openAndSettle(f, folder);
-        AppController& c = f.c;
+        WindowFixture& c = f;
         c.outline->setCurrentIndex(rowNamed(f, "sub"));
         const QModelIndex row = rowNamed(f, name);
         const NodePtr node = f.model().nodeAt(row);
@@ -113,22 +113,22 @@ private Q_SLOTS:
     void titlesFollowTheLanguage() {
         WindowFixture f;
         openAndSettle(f, folder);
-        AppController& c = f.c;
-        c.langRadioChanged(Lang::de);
+        WindowFixture& c = f;
+        speak(Lang::de);
         rightClick(c, centreOfRow(c, rowNamed(f, "file.txt")));
         QVERIFY(openMenu());
         const QStringList titles = describe(openMenu());
         QCOMPARE(titles.size(), kEnglishMenu.size());
         QCOMPARE(titles.first(), QString("Im Dateimanager zeigen"));
         QCOMPARE(titles.at(Share), QString("Teilen…"));
-        c.langRadioChanged(Lang::en);
+        speak(Lang::en);
     }
 
     // Below the last row: no menu, and the selection stays.
     void belowTheLastRow() {
         WindowFixture f;
         openAndSettle(f, folder);
-        AppController& c = f.c;
+        WindowFixture& c = f;
         rightClick(c, centreOfRow(c, rowNamed(f, "link")));
         QVERIFY(openMenu());
         closeMenus();
@@ -143,23 +143,6 @@ private Q_SLOTS:
         QCOMPARE(selectedRows(c), QModelIndexList{rowNamed(f, "sub")});
     }
 
-    // The window outliving its controller shows no menu.
-    void controllerGone() {
-        QStandardPaths::setTestModeEnabled(true);
-        auto* c = new AppController;
-        c->buildWindow();
-        const std::unique_ptr<QMainWindow> window(c->window);
-        TreeOutlineView* outline = c->outline;
-        c->openPath(folder);
-        QTRY_VERIFY(c->rootNode->children && c->rootNode->pending == 0);
-        const QPoint row = outline->visualRect(c->model->index(0, 0)).center();
-        delete c;
-        QTest::mouseClick(window->windowHandle(), Qt::RightButton, {},
-                          outline->viewport()->mapTo(window.get(), row));
-        QVERIFY(!openMenu());
-        QCOMPARE(outline->selectionModel()->selectedRows().size(), 1);
-    }
-
     // The Menu key and Shift+F10 open the same menu for the current row, at that row.
     void keyboardMenu_data() {
         QTest::addColumn<int>("key");
@@ -172,7 +155,7 @@ private Q_SLOTS:
         QFETCH(int, modifiers);
         WindowFixture f;
         openAndSettle(f, folder);
-        AppController& c = f.c;
+        WindowFixture& c = f;
         c.outline->setFocus();
         c.outline->selectionModel()->clearCurrentIndex();
         QTest::keyClick(c.outline, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
@@ -206,7 +189,7 @@ private Q_SLOTS:
         }
         WindowFixture f(false);
         openAndSettle(f, root);
-        AppController& c = f.c;
+        WindowFixture& c = f;
         for (const char* sub : {"a", "c"}) {
             c.outline->expand(f.childNamed(f.rootIndex(), sub));
             QVERIFY(f.listed(f.model().nodeAt(f.childNamed(f.rootIndex(), sub))));

@@ -75,9 +75,9 @@ private Q_SLOTS:
         QVERIFY(f.openAt(folder));
         for (const QByteArray item : {"report.pdf", "report.pdf", "Photos"}) {
             QVERIFY(f.pick(item));
-            f.actions().duplicate(f.picked);
+            f.actions->duplicate(f.picked);
             QVERIFY(f.nextOutcome());
-            QVERIFY(f.listed(f.c.rootNode));
+            QVERIFY(f.listed(f.root()));
         }
         QCOMPARE(f.rowNames(f.rootIndex()).size(), 6);
         for (const QByteArray copy : {"report copy.pdf", "report copy 2.pdf"})
@@ -95,7 +95,7 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick("Photos"));
-        f.actions().duplicate(f.picked);
+        f.actions->duplicate(f.picked);
         QVERIFY(f.nextOutcome());
         const QByteArray copy = join(folder, "Photos copy");
         QCOMPARE(treeFacts(copy), before);
@@ -104,7 +104,7 @@ private Q_SLOTS:
                  std::optional<QByteArray>(""));
         // 64 MiB long, a few blocks allocated, in the copy as in the original.
         QVERIFY(statBlocksBytes(join(copy, "sparse.img")) <= 64 * 1024);
-        QVERIFY(f.listed(f.c.rootNode));
+        QVERIFY(f.listed(f.root()));
         QVERIFY(f.rowNames(f.rootIndex()).contains("Photos copy"));
     }
 
@@ -125,7 +125,7 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick("backups"));
-        f.actions().duplicate(f.picked);
+        f.actions->duplicate(f.picked);
         QVERIFY(f.nextOutcome());
         const QByteArray copy = join(folder, "backups copy");
         struct stat monday {
@@ -151,7 +151,7 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick(name));
-        f.actions().duplicate(f.picked);
+        f.actions->duplicate(f.picked);
         const auto outcome = f.nextOutcome();
         QVERIFY(outcome && outcome->error == 0);
         const QByteArray copy = QByteArray(246, 'n') + " copy.txt";
@@ -186,7 +186,7 @@ private Q_SLOTS:
         QVERIFY(f.pick(lastPathComponent(item)));
         SeenAlert seen;
         dismissAlert(&seen);
-        f.actions().duplicate(f.picked);
+        f.actions->duplicate(f.picked);
         QVERIFY(f.nextOutcome());
         QVERIFY(seen.shown);
         QCOMPARE(seen.title, QString("Duplicate"));
@@ -204,8 +204,8 @@ private Q_SLOTS:
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick("doomed"));
         QCOMPARE(unlink(join(folder, "doomed").constData()), 0);
-        f.actions().duplicate(f.picked);
-        QTRY_COMPARE(f.c.status->text(), QString("doomed changed on disk; nothing was done"));
+        f.actions->duplicate(f.picked);
+        QTRY_COMPARE(f.status->text(), QString("doomed changed on disk; nothing was done"));
         QCOMPARE(treeFacts(folder, false), QByteArray());
         QVERIFY(!QApplication::activeModalWidget());
     }

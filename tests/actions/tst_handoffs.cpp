@@ -145,14 +145,14 @@ private Q_SLOTS:
         QVERIFY(call.uris.first().startsWith("file:///"));
         QCOMPARE(pathOfUri(call.uris.first()), join(folder, name));
         QCOMPARE(call.startupId, variable.isEmpty() ? QString() : QString("token-42"));
-        QVERIFY(!f.c.actions->ownPreview());
+        QVERIFY(!f.actions->ownPreview());
     }
 
     // Double-click and Enter reveal the row's item; a folder's row stays as it was.
     void doubleClickAndEnter() {
         WindowFixture f;
         openAndSettle(f, folder);
-        AppController& c = f.c;
+        WindowFixture& c = f;
         const QModelIndex sub = row(f, "sub");
         const int rows = 1 + f.model().rowCount(f.rootIndex());
         const auto doubleClick = [&c](const QPoint& viewportPoint) {
@@ -181,7 +181,7 @@ private Q_SLOTS:
         WindowFixture f;
         openAndSettle(f, folder);
         const QByteArray sub = join(folder, "sub");
-        f.c.outline->expand(row(f, "sub"));
+        f.outline->expand(row(f, "sub"));
         QVERIFY(f.listed(f.model().nodeAt(row(f, "sub"))));
         choose(f, f.model().index(0, 0, row(f, "sub")), Reveal);
         QTRY_VERIFY(!recordedArgs(join(bin, "files.args")).isEmpty());
@@ -204,14 +204,14 @@ private Q_SLOTS:
         QCOMPARE(call.windowHandle, 0);
         QCOMPARE(call.closeIfShown, false);
 
-        f.c.outline->setFocus();
-        f.c.outline->setCurrentIndex(row(f, "plain.txt"));
-        QTest::keyClick(f.c.outline, Qt::Key_Space);
+        f.outline->setFocus();
+        f.outline->setCurrentIndex(row(f, "plain.txt"));
+        QTest::keyClick(f.outline, Qt::Key_Space);
         QTRY_COMPARE(desktop->previewer.calls.size(), 2);
         call = desktop->previewer.calls.last();
         QCOMPARE(pathOfUri(call.uri), join(folder, "plain.txt"));
         QCOMPARE(call.closeIfShown, true);
-        QVERIFY(!f.c.actions->ownPreview());
+        QVERIFY(!f.actions->ownPreview());
     }
 
     // Without a previewer Sizeloom's own window opens; Space and Esc close it.
@@ -219,7 +219,7 @@ private Q_SLOTS:
         desktop->setPresent(true, false, true);
         WindowFixture f;
         openAndSettle(f, folder);
-        AppController& c = f.c;
+        WindowFixture& c = f;
         choose(f, "plain.txt", QuickLook);
         QTRY_VERIFY(c.actions->ownPreview() && c.actions->ownPreview()->isVisible());
         QCOMPARE(c.actions->ownPreview()->windowTitle(), QString("plain.txt"));
@@ -257,8 +257,8 @@ private Q_SLOTS:
         const QByteArray name = "a \"quoted\" \\ name";
         choose(f, name, GetInfo);
         if (ownWindow) {
-            QTRY_COMPARE(f.c.actions->ownPropertiesWindows().size(), 1);
-            PropertiesWindow* info = f.c.actions->ownPropertiesWindows().first();
+            QTRY_COMPARE(f.actions->ownPropertiesWindows().size(), 1);
+            PropertiesWindow* info = f.actions->ownPropertiesWindows().first();
             QVERIFY(info && info->isVisible());
             QCOMPARE(info->windowTitle(), QString::fromUtf8(name));
             QCOMPARE(info->value(PropertiesWindow::Path)->text(),
@@ -269,7 +269,7 @@ private Q_SLOTS:
             QCOMPARE(desktop->fileManager.calls.first().method, QString("ShowItemProperties"));
             QCOMPARE(pathOfUri(desktop->fileManager.calls.first().uris.value(0)),
                      join(folder, name));
-            QVERIFY(f.c.actions->ownPropertiesWindows().isEmpty());
+            QVERIFY(f.actions->ownPropertiesWindows().isEmpty());
         }
     }
 
@@ -309,8 +309,8 @@ private Q_SLOTS:
         }
         QCOMPARE(describe(picker), entries);
         // Just above the item's row.
-        const QRect rowRect = f.c.outline->rowRect(row(f, name));
-        const QPoint rowTop = f.c.outline->viewport()->mapToGlobal(rowRect.topLeft());
+        const QRect rowRect = f.outline->rowRect(row(f, name));
+        const QPoint rowTop = f.outline->viewport()->mapToGlobal(rowRect.topLeft());
         QCOMPARE(picker->geometry().bottom() + 1, rowTop.y());
         QCOMPARE(picker->geometry().left(), rowTop.x());
 
@@ -342,10 +342,10 @@ private Q_SLOTS:
         WindowFixture f;
         openAndSettle(f, folder);
         choose(f, "plain.txt", Share);
-        f.c.openPath(join(folder, "sub")); // the old rows go while the portal is asked
+        f.openPath(join(folder, "sub")); // the old rows go while the portal is asked
         QMenu* picker = sharePicker();
         QVERIFY(picker);
-        const QPoint corner = f.c.outline->viewport()->mapToGlobal(QPoint(0, 0));
+        const QPoint corner = f.outline->viewport()->mapToGlobal(QPoint(0, 0));
         QCOMPARE(picker->geometry().bottom() + 1, corner.y());
         QCOMPARE(picker->geometry().left(), corner.x());
     }

@@ -53,7 +53,7 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(root));
         const QModelIndex sub = f.childNamed(f.rootIndex(), "sub");
-        f.c.outline->expand(sub);
+        f.outline->expand(sub);
         QVERIFY(f.listed(f.model().nodeAt(sub)));
         const NodePtr inner = f.model().nodeAt(f.childNamed(sub, "inner.txt"));
         QVERIFY(inner);
@@ -74,23 +74,23 @@ private Q_SLOTS:
 
         switch (Act(act)) {
         case Act::Trash:
-            f.actions().trash(inner);
+            f.actions->trash(inner);
             break;
         case Act::Rename:
             answerRename("inner.txt", "renamed.txt");
-            f.actions().rename(inner);
+            f.actions->rename(inner);
             break;
         case Act::Duplicate:
-            f.actions().duplicate(inner);
+            f.actions->duplicate(inner);
             break;
         case Act::Compress:
-            f.actions().compress(inner);
+            f.actions->compress(inner);
             break;
         }
         const std::optional<ActionOutcome> outcome = f.nextOutcome();
         QVERIFY(outcome);
         QCOMPARE(outcome->error, kItemChanged);
-        QCOMPARE(f.c.status->text(), QString("inner.txt changed on disk; nothing was done"));
+        QCOMPARE(f.status->text(), QString("inner.txt changed on disk; nothing was done"));
         QCOMPARE(facts(root), rootBefore);
         QCOMPARE(facts(elsewhere), elsewhereBefore);
         QVERIFY(!QApplication::activeModalWidget());

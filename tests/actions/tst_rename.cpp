@@ -154,7 +154,7 @@ private Q_SLOTS:
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick(item));
         answerRename(f.picked->name(), typed);
-        f.actions().rename(f.picked);
+        f.actions->rename(f.picked);
         QVERIFY(f.nextOutcome());
         QVERIFY(!exists(join(folder, item)));
         QCOMPARE(contentOf(join(folder, newName)), content);
@@ -168,14 +168,14 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         answerRename(lastPathComponent(folder), "renamed folder");
-        f.actions().rename(f.c.rootNode);
+        f.actions->rename(f.root());
         QVERIFY(f.nextOutcome());
         const QByteArray renamed = join(deletingLastPathComponent(folder), "renamed folder");
         QVERIFY(!exists(folder));
         QVERIFY(f.settled());
-        QCOMPARE(f.c.rootNode->url, renamed);
-        QCOMPARE(f.c.pathField->text(), QString::fromUtf8(renamed));
-        QVERIFY(f.c.status->text().startsWith(QString::fromUtf8(renamed) + "  ·  "));
+        QCOMPARE(f.root()->url, renamed);
+        QCOMPARE(f.pathField->text(), QString::fromUtf8(renamed));
+        QVERIFY(f.status->text().startsWith(QString::fromUtf8(renamed) + "  ·  "));
         QVERIFY(f.rowNames(f.rootIndex()).contains("a.txt"));
         QCOMPARE(rename(renamed.constData(), folder.constData()), 0);
     }
@@ -206,7 +206,7 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick("a.txt"));
-        const NodeList listing = *f.c.rootNode->children;
+        const NodeList listing = *f.root()->children;
         SeenAlert seen;
         QPointer<QTimer> alert;
         if (typed.isNull())
@@ -216,7 +216,7 @@ private Q_SLOTS:
             });
         else
             answerRename("a.txt", typed, [&] { alert = dismissAlert(&seen); });
-        f.actions().rename(f.picked);
+        f.actions->rename(f.picked);
         if (reason.isEmpty())
             QTest::qWait(50); // room for an alert that must not come
         else
@@ -228,7 +228,7 @@ private Q_SLOTS:
             QCOMPARE(seen.informative, reason);
         }
         QCOMPARE(runForOutput("/bin/ls", {"-lR", "--", folder}).value_or(""), before);
-        QVERIFY(f.c.rootNode->children && *f.c.rootNode->children == listing);
+        QVERIFY(f.root()->children && *f.root()->children == listing);
     }
 
     // The reason comes in the interface language when the system has its messages: a

@@ -89,13 +89,13 @@ private Q_SLOTS:
         runForOutput("/bin/rm", {"-rf", "--", homeTrash});
 
         WindowFixture f;
-        f.c.window->show();
-        f.c.openPath(place);
+        f.window->show();
+        f.openPath(place);
         QVERIFY(f.settled());
         f.picked = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
         QVERIFY(f.picked);
-        f.actions().trash(f.picked);
-        QTRY_VERIFY(f.c.rootNode->children && !f.rowNames(f.rootIndex()).contains(name));
+        f.actions->trash(f.picked);
+        QTRY_VERIFY(f.root()->children && !f.rowNames(f.rootIndex()).contains(name));
         QVERIFY(!exists(item));
 
         // The trash of the item's own file system, with the path percent-encoded from
@@ -130,14 +130,14 @@ private Q_SLOTS:
         writeFile(join(place, ".Trash-0"), 1); // a file where the trash folder would be
         runForOutput("/bin/rm", {"-rf", "--", homeTrash});
         WindowFixture f;
-        f.c.window->show();
-        f.c.openPath(place);
+        f.window->show();
+        f.openPath(place);
         QVERIFY(f.settled());
         const NodePtr stays = f.model().nodeAt(f.childNamed(f.rootIndex(), "stays"));
         f.picked = stays;
-        f.actions().trash(f.picked);
+        f.actions->trash(f.picked);
         // The folder is listed again after the attempt (new nodes), the row still there.
-        QTRY_VERIFY(f.listed(f.c.rootNode) && f.childNamed(f.rootIndex(), "stays").isValid() &&
+        QTRY_VERIFY(f.listed(f.root()) && f.childNamed(f.rootIndex(), "stays").isValid() &&
                     f.model().nodeAt(f.childNamed(f.rootIndex(), "stays")) != stays);
         QVERIFY(QFileInfo::exists(QFile::decodeName(join(place, "stays"))));
         QVERIFY(!QFileInfo::exists(QFile::decodeName(homeTrash + "/files/stays")));

@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QLayout>
 #include <QProcess>
+#include <QThreadPool>
 
 using namespace temptree;
 
@@ -18,9 +19,10 @@ namespace {
 constexpr std::chrono::seconds patience(10);
 
 // The texts of the volumes panel's rows, one string a row.
-QStringList rowTexts(const AppController& c) {
+QStringList rowTexts(WindowFixture& f) {
     QStringList rows;
-    for (const QWidget* row : c.volumesList->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+    for (const QWidget* row :
+         f.window->volumes().rows()->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
         QStringList texts;
         for (const QLabel* label : row->findChildren<QLabel*>())
             texts << label->text();
@@ -48,19 +50,19 @@ private Q_SLOTS:
         mount.rescueAfter(patience);
 
         WindowFixture f;
-        f.c.window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-        QTRY_VERIFY(rowTexts(f.c).contains(QStringLiteral("|silent|")));
-        QVERIFY(std::ranges::any_of(rowTexts(f.c),
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window));
+        QTRY_VERIFY(rowTexts(f).contains(QStringLiteral("|silent|")));
+        QVERIFY(std::ranges::any_of(rowTexts(f),
                                     [](const QString& row) { return row.contains(" GB"); }));
-        f.c.refreshVolumes(); // asked again while the first question still hangs
-        QTRY_VERIFY(rowTexts(f.c).contains(QStringLiteral("|silent|")));
+        f.window->volumes().refresh(); // asked again while the first question still hangs
+        QTRY_VERIFY(rowTexts(f).contains(QStringLiteral("|silent|")));
         QVERIFY(!mount.rescued());
 
         // Once it answers (with an error), it goes: it has no capacity to show.
         mount.release();
-        f.c.refreshVolumes();
-        QTRY_VERIFY(!rowTexts(f.c).contains(QStringLiteral("|silent|")));
+        f.window->volumes().refresh();
+        QTRY_VERIFY(!rowTexts(f).contains(QStringLiteral("|silent|")));
     }
 
     // A shown folder holding the silent volume paints its rows and sizes its other
@@ -85,11 +87,11 @@ private Q_SLOTS:
 
         // Without the model tester, which opens every folder, the silent one included.
         WindowFixture f(false);
-        f.c.window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-        f.c.openPath(folder);
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window));
+        f.openPath(folder);
         QTRY_COMPARE(f.rowNames(f.rootIndex()).size(), 2);
-        f.c.window->grab();
+        f.window->grab();
         const NodePtr file = f.model().nodeAt(f.childNamed(f.rootIndex(), "file.txt"));
         QTRY_COMPARE(file->size(), statBlocksBytes(join(folder, "file.txt")));
         // du of the folder and of the silent volume wait in it.
@@ -99,7 +101,7 @@ private Q_SLOTS:
         const QByteArray other = tmp.freshFolder();
         makeDir(join(other, "sub"));
         writeFile(join(other, "sub/data"), 70000);
-        f.c.openPath(other);
+        f.openPath(other);
         QVERIFY(f.settled());
         const NodePtr sub = f.model().nodeAt(f.childNamed(f.rootIndex(), "sub"));
         QTRY_COMPARE(sub->size(), duBytes(join(other, "sub")));
@@ -123,32 +125,32 @@ private Q_SLOTS:
         QElapsedTimer closing;
         {
             WindowFixture f(false);
-            f.c.window->show();
-            QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-            f.c.openPath(folder);
+            f.window->show();
+            QVERIFY(QTest::qWaitForWindowExposed(f.window));
+            f.openPath(folder);
             QTRY_COMPARE(f.rowNames(f.rootIndex()).size(), 2);
             // Every measuring worker caught: the walk's own in the volume, and the rest
             // by work that looks into it.
-            for (int i = 0; i < f.c.sizeQueue->maxThreadCount(); ++i)
-                f.c.sizeQueue->start([at] {
+            for (int i = 0; i < f.tree.workers().maxThreadCount(); ++i)
+                f.tree.workers().start([at] {
                     struct stat st {};
                     stat((at + "/inside").constData(), &st);
                 });
-            QTRY_COMPARE(f.c.sizeQueue->activeThreadCount(), f.c.sizeQueue->maxThreadCount());
+            QTRY_COMPARE(f.tree.workers().activeThreadCount(), f.tree.workers().maxThreadCount());
             QVERIFY(f.pick("silent"));
             const NodePtr silent = f.picked;
-            f.actions().compress(silent);
-            f.actions().compress(silent);
+            f.actions->compress(silent);
+            f.actions->compress(silent);
 
             QVERIFY(f.pick("small.txt"));
-            f.actions().duplicate(f.picked);
+            f.actions->duplicate(f.picked);
             const auto copied = f.nextOutcome();
             QVERIFY(copied);
             QCOMPARE(copied->error, 0);
             QCOMPARE(runForOutput("/bin/cat", {join(folder, "small copy.txt")}),
                      std::optional<QByteArray>("abc"));
 
-            f.actions().duplicate(silent);
+            f.actions->duplicate(silent);
             QWidget* dialog = QApplication::activeModalWidget();
             QVERIFY(dialog);
             QElapsedTimer cancelling;

@@ -1,12 +1,16 @@
-// The application shell: the menu bar, Preferences, About and the language switch.
+// The application shell, wired as the program runs it: the menu bar, Preferences, About,
+// the language switch, the launch argument and the items the desktop hands over.
+#include "app/AppController.h"
 #include "platform/UserDefaults.h"
 #include "text/SizeText.h"
+#include "window/AboutWindow.h"
+#include "window/MainMenu.h"
+#include "window/PreferencesWindow.h"
 #include "window/WindowFixture.h"
 
 #include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
-#include <QMenuBar>
 #include <QRadioButton>
 #include <QScreen>
 #include <QSignalSpy>
@@ -28,10 +32,6 @@ QStringList describe(QMenuBar* bar) {
     return out;
 }
 
-QAction* editItem(AppController& c, int item) {
-    return c.mainMenu->actions().at(1)->menu()->actions().at(item);
-}
-
 QStringList checkedTitles(const QList<QRadioButton*>& radios) {
     QStringList out;
     for (QRadioButton* radio : radios)
@@ -43,6 +43,25 @@ QStringList checkedTitles(const QList<QRadioButton*>& radios) {
 QPoint centreOfScreen() {
     return QGuiApplication::primaryScreen()->availableGeometry().center();
 }
+
+// The program as main() wires it, and what its shell shows.
+struct Shell {
+    AppController c;
+    MainWindow& window = c.window();
+    QMenuBar* menu = window.menuBar();
+
+    QAction* item(int menuIndex, int itemIndex) const {
+        return menu->actions().at(menuIndex)->menu()->actions().at(itemIndex);
+    }
+    void showAbout() const { item(0, 0)->trigger(); }
+    void showPrefs() const { item(0, 2)->trigger(); }
+    template <typename T> static T* shown() {
+        for (QWidget* top : QApplication::topLevelWidgets())
+            if (auto* window = qobject_cast<T*>(top))
+                return window;
+        return nullptr;
+    }
+};
 
 } // namespace
 
@@ -61,158 +80,157 @@ private Q_SLOTS:
     }
 
     // After a switch every text of the window, its volume rows and its menu is in the
-    // new language, the menu rebuilt whole in its place.
+    // new language.
     void everyTextFollowsTheSwitch() {
-        WindowFixture f(false);
-        AppController& c = f.c;
-        c.buildMainMenu();
-        const QPointer<QMenuBar> oldMenu = c.mainMenu;
-        c.openPath(QFile::encodeName(tmp.path()));
-        QVERIFY(f.settled());
-        QSignalSpy headers(c.model, &QAbstractItemModel::headerDataChanged);
+        Shell shell;
+        MainWindow& window = shell.window;
+        window.openFolder(QFile::encodeName(tmp.path()));
+        QTRY_VERIFY(window.statusLine().text().contains("Total"));
+        QSignalSpy headers(&window.model(), &QAbstractItemModel::headerDataChanged);
 
-        c.langRadioChanged(Lang::de);
+        speak(Lang::de);
         QStringList columns;
         for (int i = 0; i < TreeModel::ColumnCount; ++i)
-            columns << c.model->headerData(i, Qt::Horizontal, Qt::DisplayRole).toString();
+            columns << window.model().headerData(i, Qt::Horizontal, Qt::DisplayRole).toString();
+        const auto text = [&window](const char* name) {
+            QWidget* widget = window.findChild<QWidget*>(QLatin1String(name));
+            if (auto* label = qobject_cast<QLabel*>(widget))
+                return label->text();
+            return qobject_cast<QAbstractButton*>(widget)->text();
+        };
+        auto* up = window.findChild<QPushButton*>("upButton");
         const QList<std::pair<QString, QString>> shown{
-            {c.pathField->placeholderText(), "Ordnerpfad einfügen oder Ordner ins Fenster ziehen"},
-            {c.upButton->toolTip(), "Übergeordneter Ordner"},
-            {c.upButton->accessibleName(), "Übergeordneter Ordner"},
-            {c.topBrowse->text(), "Ordner wählen…"},
-            {c.emptyBrowse->text(), "Ordner wählen…"},
-            {c.emptyTitle->text(), "Ordner hierher ziehen"},
+            {window.pathField().placeholderText(),
+             "Ordnerpfad einfügen oder Ordner ins Fenster ziehen"},
+            {up->toolTip(), "Übergeordneter Ordner"},
+            {up->accessibleName(), "Übergeordneter Ordner"},
+            {text("topBrowse"), "Ordner wählen…"},
+            {text("emptyBrowse"), "Ordner wählen…"},
+            {text("emptyTitle"), "Ordner hierher ziehen"},
             {columns.join('|'), "Name|Größe|Anteil (am Ordner)"},
-            {c.status->text(),
-             tmp.path() + "  ·  0 Objekte  ·  Gesamt " + humanSize(c.rootNode->size())},
-            {c.volHeaderLabel->text(), "Speicher"},
-            {c.grantButton->text(), "Vollständiger Festplattenzugriff…"}};
-        for (const auto& [text, german] : shown)
-            QCOMPARE(text, german);
+            {window.statusLine().text(),
+             tmp.path() + "  ·  0 Objekte  ·  Gesamt " +
+                 humanSize(window.model().nodeAt(window.model().index(0, 0))->size())},
+            {text("volumesHeader"), "Speicher"},
+            {text("grantButton"), "Vollständiger Festplattenzugriff…"}};
+        for (const auto& [shownText, german] : shown)
+            QCOMPARE(shownText, german);
         QCOMPARE(headers.size(), 1);
         // The rows are rebuilt once the volumes have answered.
-        const auto rowSays = [&](const QString& text) {
-            const QList<QLabel*> rowLabels = c.volumesList->findChildren<QLabel*>();
+        const auto rowSays = [&](const QString& said) {
+            const QList<QLabel*> rowLabels = window.volumes().rows()->findChildren<QLabel*>();
             return std::any_of(rowLabels.begin(), rowLabels.end(),
-                               [&](QLabel* label) { return label->text().contains(text); });
+                               [&](QLabel* label) { return label->text().contains(said); });
         };
         QTRY_VERIFY(rowSays("Frei ") && !rowSays("Free "));
-        QCOMPARE(c.window->menuBar(), c.mainMenu);
-        QTRY_VERIFY(oldMenu.isNull());
-        QCOMPARE(describe(c.mainMenu),
+        QCOMPARE(describe(shell.menu),
                  (QStringList{"Sizeloom:", "Über Sizeloom", "-", "Einstellungen… Ctrl+,", "-",
                               "Sizeloom beenden Ctrl+Q", "Bearbeiten:", "Ausschneiden Ctrl+X",
                               "Kopieren Ctrl+C", "Einsetzen Ctrl+V", "Alles auswählen Ctrl+A"}));
     }
 
-    // Without a folder the hint follows; a root still being listed has no count to
-    // rebuild, and its line stays until it is next written. A listed root's line is
-    // rebuilt (everyTextFollowsTheSwitch).
-    void statusLineFollows_data() {
-        QTest::addColumn<bool>("open");
-        QTest::addColumn<QString>("line");
-        QTest::newRow("no folder") << false
-                                   << "Выберите папку  ·  Двойной клик = Показать в файловом "
-                                      "менеджере  ·  Правый клик = Меню";
-        QTest::newRow("not listed yet") << true << "untouched";
-    }
-    void statusLineFollows() {
-        QFETCH(bool, open);
-        QFETCH(QString, line);
-        AppController c;
-        const std::unique_ptr<QLabel> status(c.status = new QLabel("untouched"));
-        if (open)
-            c.rootNode = Node::make("/srv/data", true);
-        c.langRadioChanged(Lang::ru);
-        QCOMPARE(c.status->text(), line);
+    // Without a folder the hint follows the switch; a listed root's line is rebuilt
+    // (everyTextFollowsTheSwitch).
+    void hintFollowsTheSwitch() {
+        WindowFixture f(false);
+        speak(Lang::ru);
+        QCOMPARE(f.status->text(), QString("Выберите папку  ·  Двойной клик = Показать в файловом "
+                                           "менеджере  ·  Правый клик = Меню"));
     }
 
     // The Edit items and their keys act on the focused path field, and only on it.
     void editItemsActOnThePathField() {
-        WindowFixture f(false);
-        AppController& c = f.c;
-        c.buildMainMenu();
-        c.openPath(QFile::encodeName(tmp.path()));
-        QVERIFY(QTest::qWaitForWindowActive(c.window));
-        const QString path = c.pathField->text();
-        c.pathField->setFocus();
-        QTRY_COMPARE(QApplication::focusWidget(), c.pathField);
-        editItem(c, 3)->trigger(); // select all
-        editItem(c, 0)->trigger(); // cut
-        QCOMPARE(c.pathField->text(), QString());
+        Shell shell;
+        MainWindow& window = shell.window;
+        window.show();
+        window.openFolder(QFile::encodeName(tmp.path()));
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QLineEdit* field = &window.pathField();
+        const QString path = field->text();
+        field->setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), field);
+        const auto edit = [&shell](int item) { shell.item(1, item)->trigger(); };
+        edit(3); // select all
+        edit(0); // cut
+        QCOMPARE(field->text(), QString());
         QCOMPARE(QApplication::clipboard()->text(), path);
-        editItem(c, 2)->trigger(); // paste
-        QCOMPARE(c.pathField->text(), path);
-        c.pathField->setSelection(1, 3);
-        editItem(c, 1)->trigger(); // copy
+        edit(2); // paste
+        QCOMPARE(field->text(), path);
+        field->setSelection(1, 3);
+        edit(1); // copy
         QCOMPARE(QApplication::clipboard()->text(), path.mid(1, 3));
-        QTest::keySequence(c.window, QKeySequence::SelectAll);
-        QTest::keySequence(c.window, QKeySequence::Cut);
-        QCOMPARE(c.pathField->text(), QString());
-        QTest::keySequence(c.window, QKeySequence::Paste);
-        QCOMPARE(c.pathField->text(), path);
+        QTest::keySequence(&window, QKeySequence::SelectAll);
+        QTest::keySequence(&window, QKeySequence::Cut);
+        QCOMPARE(field->text(), QString());
+        QTest::keySequence(&window, QKeySequence::Paste);
+        QCOMPARE(field->text(), path);
 
-        c.pathField->selectAll();
-        c.outline->setFocus();
-        QTRY_COMPARE(QApplication::focusWidget(), c.outline);
+        field->selectAll();
+        window.outline().setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), &window.outline());
         QApplication::clipboard()->setText("other");
-        editItem(c, 0)->trigger();
-        editItem(c, 2)->trigger();
-        QCOMPARE(c.pathField->text(), path);
+        edit(0);
+        edit(2);
+        QCOMPARE(field->text(), path);
         QCOMPARE(QApplication::clipboard()->text(), QString("other"));
-        QTest::keySequence(c.window, QKeySequence("Ctrl+,"));
-        QTRY_VERIFY(c.prefsWindow && c.prefsWindow->isVisible());
+        QTest::keySequence(&window, QKeySequence("Ctrl+,"));
+        QTRY_VERIFY(Shell::shown<PreferencesWindow>() &&
+                    Shell::shown<PreferencesWindow>()->isVisible());
     }
 
     // Names, paths and labels reach labels everywhere; none may take them for markup.
     // Only the capacity texts are our own rich text.
     void everyLabelIsPlainText() {
-        WindowFixture f(false);
-        AppController& c = f.c;
-        c.openPath(QFile::encodeName(tmp.path()));
-        c.showAbout();
-        c.showPrefs();
-        QVERIFY(f.settled());
-        QTRY_VERIFY(!c.volumesList->findChildren<QLabel*>().isEmpty());
+        Shell shell;
+        shell.window.openFolder(QFile::encodeName(tmp.path()));
+        shell.showAbout();
+        shell.showPrefs();
+        QTRY_VERIFY(shell.window.statusLine().text().contains("Total"));
+        QTRY_VERIFY(!shell.window.volumes().rows()->findChildren<QLabel*>().isEmpty());
         qsizetype rich = 0;
-        for (QWidget* top : {static_cast<QWidget*>(c.window), c.aboutWindow, c.prefsWindow})
+        for (QWidget* top : {static_cast<QWidget*>(&shell.window),
+                             static_cast<QWidget*>(Shell::shown<AboutWindow>()),
+                             static_cast<QWidget*>(Shell::shown<PreferencesWindow>())})
             for (const QLabel* label : top->findChildren<QLabel*>()) {
                 if (label->textFormat() == Qt::RichText && label->text().contains(" GB"))
                     ++rich;
                 else
                     QCOMPARE(label->textFormat(), Qt::PlainText);
             }
-        QCOMPARE(rich, c.volumesList->findChildren<QWidget*>(Qt::FindDirectChildrenOnly).size());
+        QCOMPARE(rich, shell.window.volumes()
+                           .rows()
+                           ->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)
+                           .size());
     }
 
     // About and Preferences are made once: shown again, each is the same window, centred
     // again; Preferences shows the language chosen while it was hidden.
     void auxWindowsMadeOnceAndKept() {
         Loc::current = Lang::ru;
-        AppController c;
-        c.buildMainMenu();
-        c.mainMenu->actions().at(0)->menu()->actions().at(0)->trigger();
-        c.showPrefs();
-        const QPointer<QWidget> about = c.aboutWindow, prefs = c.prefsWindow;
+        Shell shell;
+        shell.showAbout();
+        shell.showPrefs();
+        const QPointer<QWidget> about = Shell::shown<AboutWindow>();
+        const QPointer<PreferencesWindow> prefs = Shell::shown<PreferencesWindow>();
         QVERIFY(about && about->isVisible());
         const QList<QLabel*> labels = about->findChildren<QLabel*>();
         QCOMPARE(labels.size(), 4);
         QCOMPARE(labels[0]->pixmap().devicePixelRatio(), about->devicePixelRatioF());
         QCOMPARE(labels[2]->text(), QString("Version " SIZELOOM_VERSION)); // not translated
-        QCOMPARE(checkedTitles(c.langRadios), QStringList{"Русский"});
-        for (QWidget* window : {about.data(), prefs.data()}) {
+        QCOMPARE(checkedTitles(prefs->languageButtons()), QStringList{"Русский"});
+        for (QWidget* window : {about.data(), static_cast<QWidget*>(prefs.data())}) {
             QVERIFY(window->close());
             QCoreApplication::processEvents();
             window->move(3, 5);
         }
-        c.langRadios[6]->click(); // Deutsch, while hidden
-        c.showAbout();
-        c.showPrefs();
-        QCOMPARE(c.aboutWindow, about.data());
-        QCOMPARE(c.prefsWindow, prefs.data());
-        QCOMPARE(prefs->windowTitle(), QString("Einstellungen"));
-        QCOMPARE(checkedTitles(c.langRadios), QStringList{"Deutsch"});
-        for (QWidget* window : {about.data(), prefs.data()}) {
+        prefs->languageButtons()[6]->click(); // Deutsch, while hidden
+        shell.showAbout();
+        shell.showPrefs();
+        QCOMPARE(Shell::shown<AboutWindow>(), about.data());
+        QCOMPARE(Shell::shown<PreferencesWindow>(), prefs.data());
+        QTRY_COMPARE(prefs->windowTitle(), QString("Einstellungen"));
+        QCOMPARE(checkedTitles(prefs->languageButtons()), QStringList{"Deutsch"});
+        for (QWidget* window : {about.data(), static_cast<QWidget*>(prefs.data())}) {
             QVERIFY(window->isVisible());
             QCOMPARE(window->frameGeometry().center(), centreOfScreen());
         }
@@ -228,10 +246,10 @@ private Q_SLOTS:
     }
     void everyWayOfCheckingARadio() {
         QFETCH(QString, way);
-        AppController c;
-        c.showPrefs();
-        QVERIFY(QTest::qWaitForWindowActive(c.prefsWindow));
-        QRadioButton* deutsch = c.langRadios[6];
+        PreferencesWindow prefs;
+        prefs.show();
+        QVERIFY(QTest::qWaitForWindowActive(&prefs));
+        QRadioButton* deutsch = prefs.languageButtons()[6];
         if (way == "mouse") {
             QTest::mouseClick(deutsch, Qt::LeftButton);
         } else if (way == "space") {
@@ -245,27 +263,34 @@ private Q_SLOTS:
             deutsch->setChecked(true);
         }
         QCOMPARE(Loc::current, Lang::de);
-        // Stored for the next start, where defaultLang reads it (see tst_text).
+        // Stored for the next start, where startupLanguage reads it (see tst_text).
         QCOMPARE(userDefaults()->value("lang").toString(), QString("de"));
-        // The open window follows at once; the names stay in their own language.
-        QCOMPARE(c.prefsWindow->windowTitle(), QString("Einstellungen"));
-        QCOMPARE(c.prefsLangLabel->text(), QString("Sprache"));
-        QCOMPARE(checkedTitles(c.langRadios), QStringList{"Deutsch"});
-        QCOMPARE(c.langRadios[0]->text(), QString("한국어"));
+        // The open window follows; the names stay in their own language.
+        QTRY_COMPARE(prefs.windowTitle(), QString("Einstellungen"));
+        QCOMPARE(prefs.findChild<QLabel*>()->text(), QString("Sprache"));
+        QCOMPARE(checkedTitles(prefs.languageButtons()), QStringList{"Deutsch"});
+        QCOMPARE(prefs.languageButtons()[0]->text(), QString("한국어"));
     }
 
-    // Last: Ctrl+Q ends the event loop the way quitting the program does. Built in the
-    // order start-up uses, the window adopts the menu made before it.
+    // The folder named at launch and the first item the desktop hands over are opened.
+    void launchAndHandOver() {
+        const QByteArray folder = QFile::encodeName(tmp.path());
+        Shell shell;
+        shell.c.launch({"sizeloom", folder});
+        QTRY_COMPARE(shell.window.pathField().text(), tmp.path());
+        QVERIFY(shell.window.isVisible());
+        shell.c.open({QUrl::fromLocalFile("/"), QUrl::fromLocalFile(tmp.path())});
+        QCOMPARE(shell.window.pathField().text(), QString("/"));
+    }
+
+    // Last: Ctrl+Q ends the event loop the way quitting the program does.
     void quitEndsTheEventLoop() {
-        AppController c;
-        c.buildMainMenu();
-        c.buildWindow();
-        const std::unique_ptr<QMainWindow> window(c.window);
-        QCOMPARE(c.window->menuBar(), c.mainMenu);
-        QVERIFY(QTest::qWaitForWindowActive(c.window));
+        Shell shell;
+        shell.c.launch({"sizeloom"});
+        QVERIFY(QTest::qWaitForWindowActive(&shell.window));
         QSignalSpy aboutToQuit(qApp, &QCoreApplication::aboutToQuit);
-        QTimer::singleShot(0, c.window,
-                           [&c] { QTest::keySequence(c.window, QKeySequence("Ctrl+Q")); });
+        QTimer::singleShot(0, &shell.window,
+                           [&shell] { QTest::keySequence(&shell.window, QKeySequence("Ctrl+Q")); });
         // Only reached if the key did nothing.
         QTimer::singleShot(10000, qApp, [] { QCoreApplication::exit(7); });
         QCOMPARE(QCoreApplication::exec(), 0);

@@ -1,5 +1,5 @@
 #include "TempTree.h"
-#include "app/AppController.h"
+#include "core/SizeTree.h"
 #include "core/TreeDisplay.h"
 
 #include <QCoreApplication>
@@ -17,10 +17,10 @@ QList<QByteArray> names(const NodeList& nodes) {
     return list;
 }
 
-// A folder listed as the root of a controller, with a stand-in for the outline that
+// A folder listed as the root of a size tree, with a stand-in for the outline that
 // says which nodes are shown and records every redraw and every run of rows added.
 struct Listing : TreeDisplay {
-    AppController controller;
+    SizeTree controller;
     NodePtr root;
     QSet<const Node*> shown;
     bool allShown = false;
@@ -28,11 +28,10 @@ struct Listing : TreeDisplay {
     QList<std::pair<size_t, size_t>> appended; // (first, count) of the root's runs
     NodeList listedOrder;                      // the root's children as they came
 
-    explicit Listing(const QByteArray& folder, bool allShown = false)
-        : root(Node::make(folder, true)), allShown(allShown) {
-        controller.display = this;
-        controller.rootNode = root;
-        controller.ensureListed(root);
+    explicit Listing(const QByteArray& folder, bool allShown = false) : allShown(allShown) {
+        controller.setDisplay(this);
+        controller.open(folder);
+        root = controller.root();
     }
     // Every entry listed and every size in, the root's own total too.
     bool finished() const {

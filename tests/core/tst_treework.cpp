@@ -1,12 +1,13 @@
 // Work queued for a tree counts only while it is wanted: a listing that was discarded,
-// a tree that was replaced and a controller that is gone get no results and leave no
+// a tree that was replaced and a tree that is gone get no results and leave no
 // measurement running.
 #include "ChildProcesses.h"
 #include "TempTree.h"
-#include "app/AppController.h"
+#include "core/SizeTree.h"
 #include "core/TreeDisplay.h"
 
 #include <QThread>
+#include <QThreadPool>
 #include <algorithm>
 
 using namespace temptree;
@@ -78,9 +79,9 @@ private Q_SLOTS:
     void refreshBeforeFirstResults() {
         const QByteArray folder = foldersOfOneFile(5);
         writeFile(join(folder, "file"), 30000);
-        AppController controller;
+        SizeTree controller;
         Recorder outline;
-        controller.display = &outline;
+        controller.setDisplay(&outline);
         NodeList discarded;
         QList<qint64> sizesWhenDiscarded;
         outline.onFirstRows = [&](const NodePtr& root) {
@@ -89,15 +90,15 @@ private Q_SLOTS:
                 sizesWhenDiscarded << node->size();
             controller.refreshParent(discarded.front());
         };
-        controller.openPath(folder);
-        const NodePtr root = controller.rootNode;
+        controller.open(folder);
+        const NodePtr root = controller.root();
         QTRY_VERIFY(!discarded.empty());
         QVERIFY(!root->children);
         controller.ensureListed(root); // as the outline asks again
         QVERIFY(finished(root));
         QCOMPARE(root->children->size(), size_t(6));
 
-        drain(controller.sizeQueue);
+        drain(&controller.workers());
         QCOMPARE(root->pending, 0);
         for (size_t i = 0; i < discarded.size(); ++i)
             QCOMPARE(discarded[i]->size(), sizesWhenDiscarded[qsizetype(i)]);
@@ -113,9 +114,9 @@ private Q_SLOTS:
     void openingAnotherFolderDropsTheOldWork() {
         const QByteArray first = foldersOfOneFile(60);
         const QByteArray second = foldersOfOneFile(2);
-        AppController controller;
+        SizeTree controller;
         Recorder outline;
-        controller.display = &outline;
+        controller.setDisplay(&outline);
         // Opened again as soon as the first rows of the old folder are in.
         QList<qint64> oldSizes;
         qint64 oldPending = -1, oldTotal = -2;
@@ -125,17 +126,17 @@ private Q_SLOTS:
             oldTotal = folder->size();
             for (const NodePtr& node : *folder->children)
                 oldSizes << node->size();
-            controller.openPath(second);
+            controller.open(second);
         };
-        controller.openPath(first);
-        const NodePtr oldRoot = controller.rootNode;
-        QTRY_VERIFY(controller.rootNode != oldRoot);
+        controller.open(first);
+        const NodePtr oldRoot = controller.root();
+        QTRY_VERIFY(controller.root() != oldRoot);
         const NodeList oldChildren = *oldRoot->children;
         QVERIFY(!oldChildren.empty());
-        QVERIFY(finished(controller.rootNode));
-        QCOMPARE(controller.rootNode->size(), duBytes(second));
+        QVERIFY(finished(controller.root()));
+        QCOMPARE(controller.root()->size(), duBytes(second));
 
-        drain(controller.sizeQueue);
+        drain(&controller.workers());
         QCOMPARE(oldRoot->size(), oldTotal);
         QCOMPARE(oldRoot->children->size(), oldChildren.size());
         for (size_t i = 0; i < oldChildren.size(); ++i)
@@ -144,16 +145,16 @@ private Q_SLOTS:
         QCOMPARE(childprocesses::count("du"), 0);
     }
 
-    // Once the controller is gone no measurement starts, not even those that a worker
+    // Once the tree is gone no measurement starts, not even those that a worker
     // is still putting on the queue for a large folder, and no du is left running.
-    void noMeasurementOutlivesTheController() {
+    void noMeasurementOutlivesTheTree() {
         const QByteArray folder = foldersOfOneFile(3000, false);
         NodePtr root = Node::make(folder, true);
         NodeList children;
         {
-            AppController controller;
+            SizeTree controller;
             Recorder outline;
-            controller.display = &outline;
+            controller.setDisplay(&outline);
             controller.ensureListed(root);
             // Gone while measurements run, once the first rows are in.
             QTRY_VERIFY(!root->children->empty());

@@ -186,7 +186,8 @@ private:
     void startPrimary() {
         window = std::make_unique<QWidget>();
         primary = std::make_unique<SingleInstance>();
-        primary->setWindow(window.get());
+        QObject::connect(primary.get(), &SingleInstance::activationRequested, window.get(),
+                         [w = window.get()] { w->show(); });
         QVERIFY(primary->registerPrimary());
     }
 

@@ -1,10 +1,12 @@
 // The interface's texts: the language chosen, the string table, and the texts made
 // from sizes (size and share cells, bars, capacities and the status line).
-#include "app/AppController.h"
+#include "core/Node.h"
 #include "platform/UserDefaults.h"
+#include "text/Lang.h"
 #include "text/SizeText.h"
-#include "window/StatusLine.h"
 #include "views/ShareText.h"
+#include "window/LanguageSwitch.h"
+#include "window/StatusLine.h"
 
 #include <QStandardPaths>
 #include <QTest>
@@ -53,7 +55,7 @@ private Q_SLOTS:
             userDefaults()->setValue("lang", stored);
         for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
             qputenv(name, env.value(name).toUtf8());
-        QCOMPARE(AppController::defaultLang(), lang);
+        QCOMPARE(startupLanguage(), lang);
         QCOMPARE(userDefaults()->value("lang"), stored);
     }
 

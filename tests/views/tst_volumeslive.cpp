@@ -1,11 +1,11 @@
 // The volumes panel on this machine's real mounts: one row a volume, kept up to date
 // on its own as volumes come and go, and its button to the settings program.
 #include "LoopImage.h"
-#include "app/AppController.h"
 #include "platform/MountTable.h"
 #include "views/ListedVolume.h"
 #include "views/PermissionSettings.h"
 #include "views/VolumeReader.h"
+#include "views/VolumesPanel.h"
 
 #include <QLabel>
 #include <QLayout>
@@ -16,13 +16,13 @@
 
 namespace {
 
-QList<QWidget*> rows(const AppController& controller) {
-    return controller.volumesList->findChildren<QWidget*>(Qt::FindDirectChildrenOnly);
+QList<QWidget*> rows(const VolumesPanel& panel) {
+    return panel.rows()->findChildren<QWidget*>(Qt::FindDirectChildrenOnly);
 }
 
 // The row whose name label reads name, if the panel shows one.
-QWidget* rowNamed(const AppController& controller, const QString& name) {
-    for (QWidget* row : rows(controller))
+QWidget* rowNamed(const VolumesPanel& panel, const QString& name) {
+    for (QWidget* row : rows(panel))
         for (const QLabel* label : row->findChildren<QLabel*>())
             if (label->text() == name)
                 return row;
@@ -39,39 +39,35 @@ private Q_SLOTS:
     void cleanup() { qputenv("PATH", savedPath); }
 
     void refreshListsEveryVolumeOnce() {
-        AppController controller;
-        controller.refreshVolumes(); // before the panel exists: nothing to fill
-        std::unique_ptr<QWidget> panel(controller.makeVolumesPanel());
-        QVERIFY(rows(controller).isEmpty());
+        VolumesPanel panel;
+        QVERIFY(rows(panel).isEmpty());
         qsizetype expected = 0;
         for (const VolumeInfo& volume : mountedVolumes())
             expected += listedVolume(volume).has_value();
         QVERIFY2(expected > 0, "the root volume at least has a row");
-        QSignalSpy read(controller.volumeReader, &VolumeReader::volumesRead);
+        QSignalSpy read(panel.findChild<VolumeReader*>(), &VolumeReader::volumesRead);
         // Asked twice in a row: the second question takes over the first.
-        controller.refreshVolumes();
-        controller.refreshVolumes();
+        panel.refresh();
+        panel.refresh();
         QTRY_VERIFY(!read.isEmpty());
-        QCOMPARE(rows(controller).size(), expected);
-        QCOMPARE(controller.volumesList->layout()->count(), expected);
+        QCOMPARE(rows(panel).size(), expected);
+        QCOMPARE(panel.rows()->layout()->count(), expected);
     }
 
     void mountedImageComesAndGoesOnItsOwn() {
-        AppController controller;
-        std::unique_ptr<QWidget> panel(controller.makeVolumesPanel());
-        controller.refreshVolumes();
-        panel->show();
-        QVERIFY(QTest::qWaitForWindowExposed(panel.get()));
+        VolumesPanel panel;
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
 
         // A label of this run only (ext4 allows 16 bytes), so the row is surely its own.
         const QString label = QStringLiteral("sizeloom%1").arg(getpid() % 100000);
-        QVERIFY(!rowNamed(controller, label));
+        QVERIFY(!rowNamed(panel, label));
         LoopImage image;
         LOOP_MOUNT_OR_SKIP(image, label);
-        QTRY_VERIFY_WITH_TIMEOUT(rowNamed(controller, label), 1000);
+        QTRY_VERIFY_WITH_TIMEOUT(rowNamed(panel, label), 1000);
 
         QVERIFY(image.unmount());
-        QTRY_VERIFY_WITH_TIMEOUT(!rowNamed(controller, label), 1000);
+        QTRY_VERIFY_WITH_TIMEOUT(!rowNamed(panel, label), 1000);
     }
 
     // Stand-ins for the settings programs note how they were started.
@@ -98,9 +94,8 @@ private Q_SLOTS:
         }
         qputenv("PATH", QFile::encodeName(bin.path()));
         QCOMPARE(appPermissionsSettings().has_value(), !started.isEmpty());
-        AppController controller;
-        std::unique_ptr<QWidget> panel(controller.makeVolumesPanel());
-        controller.grantButton->click();
+        VolumesPanel panel;
+        panel.findChild<QPushButton*>()->click();
         QFile ran(bin.filePath("ran"));
         if (!started.isEmpty())
             QTRY_VERIFY_WITH_TIMEOUT(ran.size() > 0, 5000);

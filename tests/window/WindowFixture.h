@@ -1,59 +1,77 @@
 #pragma once
 
-// A controller with its real window, offscreen, on a clean settings store.
+// A size tree and its main window, shown offscreen as at launch, on a clean settings
+// store; the window's parts as its public interface gives them.
 #include "actions/FileActions.h"
-#include "app/AppController.h"
+#include "core/SizeTree.h"
+#include "text/Lang.h"
 #include "views/TreeModel.h"
 #include "views/TreeOutlineView.h"
+#include "views/VolumesPanel.h"
+#include "window/LanguageSwitch.h"
+#include "window/MainWindow.h"
 
 #include <QAbstractItemModelTester>
+#include <QCoreApplication>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMainWindow>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
 #include <memory>
 
+// Speaks the language from now on, every window told at once.
+inline void speak(Lang lang) {
+    switchLanguage(lang);
+    // The application hands the event on to the windows, which take it next.
+    for (int pass = 0; pass < 2; ++pass)
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LanguageChange);
+}
+
 struct WindowFixture {
-    AppController c;
+    SizeTree tree;
+    std::unique_ptr<MainWindow> owned;
+    MainWindow* window;
+    TreeOutlineView* outline;
+    QLabel* status;
+    QLineEdit* pathField;
+    QPushButton* upButton;
+    FileActions* actions;
     std::unique_ptr<QAbstractItemModelTester> tester;
 
     // The model tester walks (and so lists) every folder it can; tests of what is
     // left unlisted go without it.
-    explicit WindowFixture(bool withModelTester = true) {
-        QStandardPaths::setTestModeEnabled(true);
-        Loc::current = Lang::en;
-        c.buildWindow();
-        outcomes = std::make_unique<QSignalSpy>(c.actions, &FileActions::finished);
+    explicit WindowFixture(bool withModelTester = true)
+        : owned(prepared(tree)), window(owned.get()), outline(&window->outline()),
+          status(&window->statusLine()), pathField(&window->pathField()),
+          upButton(window->findChild<QPushButton*>(QStringLiteral("upButton"))),
+          actions(&window->actions()) {
+        outcomes = std::make_unique<QSignalSpy>(actions, &FileActions::finished);
+        // As the program shows it at launch.
+        window->restoreFrame();
+        window->bringToFront();
         if (withModelTester)
             tester = std::make_unique<QAbstractItemModelTester>(
-                c.model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+                &model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     }
+    // Measuring and the actions get two seconds in all, as when the program quits.
     ~WindowFixture() {
         tester.reset();
-        delete c.window;
+        const QDeadlineTimer quitBy(2000);
+        actions->stopJobs(quitBy);
+        tree.setQuitDeadline(quitBy);
     }
 
-    TreeModel& model() { return *c.model; }
-    FileActions& actions() { return *c.actions; }
-    // The item the next action is asked for.
-    NodePtr picked;
-    // What actions came to, as they were reported.
-    std::unique_ptr<QSignalSpy> outcomes;
-    qsizetype outcomesSeen = 0;
-    // The next outcome of an action that ended (one that began goes by), once the
-    // window has taken it in.
-    std::optional<ActionOutcome> nextOutcome() {
-        for (;;) {
-            if (!QTest::qWaitFor([&] { return outcomes->count() > outcomesSeen; }, 60000))
-                return std::nullopt;
-            const auto outcome = outcomes->at(outcomesSeen++).first().value<ActionOutcome>();
-            if (!outcome.underWay)
-                return outcome;
-        }
+    static std::unique_ptr<MainWindow> prepared(SizeTree& tree) {
+        QStandardPaths::setTestModeEnabled(true);
+        Loc::current = Lang::en;
+        return std::make_unique<MainWindow>(tree);
     }
+
+    TreeModel& model() { return window->model(); }
+    const NodePtr& root() const { return tree.root(); }
+    void openPath(const QByteArray& folder) { window->openFolder(folder); }
     QModelIndex rootIndex() { return model().index(0, 0); }
     QList<QByteArray> rowNames(const QModelIndex& folder) {
         QList<QByteArray> names;
@@ -70,21 +88,36 @@ struct WindowFixture {
     // laying out lists an opened folder only afterwards).
     bool settled() {
         return QTest::qWaitFor([&] {
-            return c.status->text().contains(QStringLiteral("Total")) && c.rootNode->pending == 0;
+            return status->text().contains(QStringLiteral("Total")) && root()->pending == 0;
         });
     }
     // The window shown on the folder, its level and total in.
     bool openAt(const QByteArray& folder) {
-        c.window->show();
-        c.openPath(folder);
+        window->show();
+        openPath(folder);
         return settled();
     }
-    // The root's child of that name as the menu's item, as a right-click on it does.
+    // The item the next action is asked for: the root's child of that name.
+    NodePtr picked;
     bool pick(const QByteArray& name) {
         picked = model().nodeAt(childNamed(rootIndex(), name));
         return picked != nullptr;
     }
     bool listed(const NodePtr& folder) {
         return QTest::qWaitFor([&] { return folder->children && folder->pending == 0; });
+    }
+    // What actions came to, as they were reported.
+    std::unique_ptr<QSignalSpy> outcomes;
+    qsizetype outcomesSeen = 0;
+    // The next outcome of an action that ended (one that began goes by), once the
+    // window has taken it in.
+    std::optional<ActionOutcome> nextOutcome() {
+        for (;;) {
+            if (!QTest::qWaitFor([&] { return outcomes->count() > outcomesSeen; }, 60000))
+                return std::nullopt;
+            const auto outcome = outcomes->at(outcomesSeen++).first().value<ActionOutcome>();
+            if (!outcome.underWay)
+                return outcome;
+        }
     }
 };

@@ -1,5 +1,6 @@
 #include "TempTree.h"
 #include "WindowFixture.h"
+#include "platform/FileUrl.h"
 #include "platform/UserDefaults.h"
 #include "text/SizeText.h"
 
@@ -70,12 +71,16 @@ class TestMainWindow : public QObject {
     }
 
     // One face shows, the other is hidden; the volumes panel is always there.
-    static void checkFace(AppController& c, bool browsing) {
-        for (QWidget* view : std::initializer_list<QWidget*>{c.topBar, c.scroll, c.status})
+    static void checkFace(WindowFixture& c, bool browsing) {
+        const auto named = [&c](const char* name) {
+            return c.window->findChild<QWidget*>(QLatin1String(name));
+        };
+        for (QWidget* view :
+             {named("topBar"), static_cast<QWidget*>(c.outline), static_cast<QWidget*>(c.status)})
             QCOMPARE(visible(view), browsing);
-        QCOMPARE(visible(c.emptyState), !browsing);
-        QCOMPARE(visible(c.credit), !browsing);
-        QVERIFY(visible(c.volumesPanel));
+        QCOMPARE(visible(named("emptyState")), !browsing);
+        QCOMPARE(visible(named("credit")), !browsing);
+        QVERIFY(visible(&c.window->volumes()));
         QCOMPARE(c.upButton->isEnabled(), browsing);
     }
 
@@ -87,10 +92,10 @@ private Q_SLOTS:
     // selection drawn as a band; then up to the folder above.
     void openSortSelectAndGoUp() {
         WindowFixture f;
-        AppController& c = f.c;
+        WindowFixture& c = f;
         checkFace(c, false);
         QCOMPARE(c.status->text(), t("status_initial"));
-        QCOMPARE(c.emptyTitle->text(), QString("Drop a folder here"));
+        QCOMPARE(c.window->findChild<QLabel*>("emptyTitle")->text(), QString("Drop a folder here"));
         QCOMPARE(f.model().rowCount(), 0);
         c.window->show();
         const QByteArray folder = sampleTree();
@@ -132,7 +137,7 @@ private Q_SLOTS:
         QVERIFY(f.model().index(0, TreeModel::ShareColumn).data().toString().isEmpty());
         const QModelIndex bigShare = f.model().index(0, TreeModel::ShareColumn, f.rootIndex());
         QCOMPARE(bigShare.data().toString(),
-                 barString(double(big->size()) / double(c.rootNode->size())));
+                 barString(double(big->size()) / double(c.root()->size())));
         QVERIFY(
             !bigShare.siblingAtColumn(TreeModel::SizeColumn).data(Qt::ForegroundRole).isValid());
         const QModelIndex small = f.childNamed(f.rootIndex(), "small");
@@ -163,12 +168,12 @@ private Q_SLOTS:
 
         // The up button opens the folder above; "/" has none.
         QTest::mouseClick(c.upButton, Qt::LeftButton);
-        QCOMPARE(c.rootNode->url, tmp.bytes());
+        QCOMPARE(c.root()->url, tmp.bytes());
         c.openPath("/");
         QVERIFY(!c.upButton->isEnabled());
-        const NodePtr top = c.rootNode;
-        c.goUp();
-        QCOMPARE(c.rootNode, top);
+        const NodePtr top = c.root();
+        QTest::mouseClick(c.upButton, Qt::LeftButton);
+        QCOMPARE(c.root(), top);
     }
 
     void refreshAfterChangesOnDisk_data() {
@@ -180,7 +185,7 @@ private Q_SLOTS:
     void refreshAfterChangesOnDisk() {
         QFETCH(QString, where);
         WindowFixture f(where != "closed");
-        AppController& c = f.c;
+        WindowFixture& c = f;
         const QByteArray folder = sampleTree();
         c.openPath(folder);
         QVERIFY(f.settled());
@@ -195,17 +200,17 @@ private Q_SLOTS:
         const QByteArray changed = where == "root" ? folder : join(folder, "big");
         QVERIFY(unlink(join(changed, where == "root" ? "tiny" : "b2").constData()) == 0);
         writeFile(join(changed, "new"), 500000);
-        const NodePtr anyChild = where == "root" ? c.rootNode : bigNode->children->front();
-        c.refreshParent(anyChild);
+        const NodePtr anyChild = where == "root" ? c.root() : bigNode->children->front();
+        c.tree.refreshParent(anyChild);
 
         if (where == "root") {
-            QVERIFY(c.rootNode != anyChild); // reopened from scratch
+            QVERIFY(c.root() != anyChild); // reopened from scratch
             QVERIFY(f.settled());
             QCOMPARE(f.rowNames(f.rootIndex()), (Names{"new", "big", "mid", "small"}));
             return;
         }
         QTRY_COMPARE(bigNode->size(), duBytes(join(folder, "big")));
-        QTRY_COMPARE(c.rootNode->size(), duBytes(folder));
+        QTRY_COMPARE(c.root()->size(), duBytes(folder));
         // A closed folder is not listed again until it is opened.
         QCOMPARE(bool(bigNode->children), where == "open");
         c.outline->expand(f.childNamed(f.rootIndex(), "big"));
@@ -224,14 +229,14 @@ private Q_SLOTS:
     void fetchWhileRowsChange() {
         QFETCH(bool, dropped);
         WindowFixture f(false);
-        AppController& c = f.c;
+        WindowFixture& c = f;
         QVERIFY(f.openAt(sampleTree()));
         const QModelIndex big = f.childNamed(f.rootIndex(), "big");
         const NodePtr bigNode = f.model().nodeAt(big);
         if (dropped)
             f.model().fetchMore(big);
         else
-            c.ensureListed(bigNode); // listed by the controller, not yet shown
+            c.tree.ensureListed(bigNode); // listed by the controller, not yet shown
         QVERIFY(f.listed(bigNode));
         int announced = f.model().rowCount(big);
         const auto fetchAll = [&](const QModelIndex& parent) {
@@ -250,7 +255,7 @@ private Q_SLOTS:
         QObject::connect(&m, &QAbstractItemModel::rowsRemoved, &m,
                          [&](const QModelIndex&, int first, int last) { count(first - last - 1); });
         if (dropped)
-            c.refreshParent(bigNode->children->front());
+            c.tree.refreshParent(bigNode->children->front());
         else
             f.model().fetchMore(big);
         fetchAll(big); // what an opened row does once the change is over
@@ -305,33 +310,35 @@ private Q_SLOTS:
                          : QUrl::fromLocalFile(QFile::decodeName(join(folder, item))));
         const QByteArray before = join(folder, "two");
         WindowFixture f;
-        f.c.window->show();
-        f.c.openPath(before);
+        f.window->show();
+        f.openPath(before);
         if (way == "typed") {
             const QByteArray item = items[0], home = qgetenv("HOME");
             qputenv("HOME", folder);
-            f.c.pathField->setText(item.startsWith('~') || item.isEmpty()
-                                       ? QString::fromUtf8(item)
-                                       : QFile::decodeName(join(folder, item)));
-            QTest::keyClick(f.c.pathField, Qt::Key_Return);
+            f.pathField->setText(item.startsWith('~') || item.isEmpty()
+                                     ? QString::fromUtf8(item)
+                                     : QFile::decodeName(join(folder, item)));
+            QTest::keyClick(f.pathField, Qt::Key_Return);
             qputenv("HOME", home);
         } else if (way == "launch") {
-            f.c.applicationDidFinishLaunching({"sizeloom", join(folder, items[0])});
+            f.window->openHandedPath(join(folder, items[0]));
         } else if (way == "desktop") {
-            f.c.applicationOpen(urls);
+            // What the desktop hands over: the first item, as the program's shell takes it.
+            if (!urls.isEmpty())
+                f.window->openHandedPath(localPathBytes(urls.first()));
         } else {
             QMimeData data;
             data.setUrls(urls);
             QDragEnterEvent enter({100, 100}, Qt::CopyAction, &data, Qt::LeftButton,
                                   Qt::NoModifier);
-            QApplication::sendEvent(f.c.window->centralWidget(), &enter);
+            QApplication::sendEvent(f.window->centralWidget(), &enter);
             QVERIFY(enter.isAccepted());
             QDropEvent drop({100, 100}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(f.c.window->centralWidget(), &drop);
+            QApplication::sendEvent(f.window->centralWidget(), &drop);
             QCOMPARE(drop.isAccepted(), urls.constLast().isLocalFile());
         }
-        QCOMPARE(f.c.rootNode->url, opened.isEmpty() ? before : join(folder, opened));
-        QCOMPARE(f.c.status->text().startsWith(t("not_a_folder")), refused);
+        QCOMPARE(f.root()->url, opened.isEmpty() ? before : join(folder, opened));
+        QCOMPARE(f.status->text().startsWith(t("not_a_folder")), refused);
     }
 
     // A folder whose name is markup is shown as its name: the status line neither
@@ -348,17 +355,17 @@ private Q_SLOTS:
 
         FifoReaderWatch watch(fifo);
         WindowFixture f;
-        f.c.window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-        f.c.openPath(marked);
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window));
+        f.openPath(marked);
         QVERIFY(f.settled());
-        f.c.window->grab();
+        f.window->grab();
         QLabel reference;
         reference.setTextFormat(Qt::PlainText);
-        reference.setFont(f.c.status->font());
-        reference.setText(f.c.status->text());
-        QVERIFY(f.c.status->text().startsWith(QFile::decodeName(marked)));
-        QCOMPARE(f.c.status->sizeHint(), reference.sizeHint());
+        reference.setFont(f.status->font());
+        reference.setText(f.status->text());
+        QVERIFY(f.status->text().startsWith(QFile::decodeName(marked)));
+        QCOMPARE(f.status->sizeHint(), reference.sizeHint());
         QVERIFY(!watch.stop());
     }
 
@@ -370,13 +377,13 @@ private Q_SLOTS:
         for (int i = 0; i < 600; ++i)
             writeFile(join(folder, "f" + QByteArray::number(i)), 0);
         QVERIFY(f.openAt(folder));
-        QVERIFY(QTest::qWaitForWindowExposed(f.c.window));
-        PaintedRegion painted(f.c.outline->viewport());
+        QVERIFY(QTest::qWaitForWindowExposed(f.window));
+        PaintedRegion painted(f.outline->viewport());
         QTest::qWait(100);
         painted.region = {};
-        f.model().redrawRowAndChildren(f.c.rootNode);
-        const QRect lastRowOnScreen = f.c.outline->visualRect(
-            f.c.outline->indexAt(f.c.outline->viewport()->rect().bottomLeft() - QPoint(0, 2)));
+        f.model().redrawRowAndChildren(f.root());
+        const QRect lastRowOnScreen = f.outline->visualRect(
+            f.outline->indexAt(f.outline->viewport()->rect().bottomLeft() - QPoint(0, 2)));
         QVERIFY(!lastRowOnScreen.isEmpty());
         QTRY_VERIFY(painted.region.contains(lastRowOnScreen));
     }
@@ -403,13 +410,13 @@ private Q_SLOTS:
             userDefaults()->setValue("SizeloomMain", widget.saveGeometry());
         } else {
             WindowFixture f;
-            f.c.window->show();
-            f.c.window->setGeometry(saved);
-            saved = f.c.window->geometry();
-            f.c.window->close();
+            f.window->show();
+            f.window->setGeometry(saved);
+            saved = f.window->geometry();
+            f.window->close();
         }
         WindowFixture f;
-        const QRect shown = f.c.window->geometry();
+        const QRect shown = f.window->geometry();
         QCOMPARE(shown.size(), taken ? saved.size() : QSize(820, 600));
         QVERIFY(!taken || QGuiApplication::primaryScreen()->availableGeometry().contains(shown));
     }

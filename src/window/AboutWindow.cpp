@@ -1,14 +1,13 @@
-// The About window: icon, name, version and credit; made once, never updated.
-#include "app/AppController.h"
+#include "window/AboutWindow.h"
+
 #include "ui/AppIcon.h"
-#include "window/AppVersion.h"
 #include "ui/AuxWindow.h"
 #include "ui/PlainText.h"
 #include "ui/Style.h"
 #include "ui/UiFont.h"
+#include "window/AppVersion.h"
 
 #include <QLabel>
-#include <QMainWindow>
 #include <QVBoxLayout>
 
 namespace {
@@ -20,24 +19,21 @@ QLabel* centredLabel(const QString& text, const QFont& font, QWidget* parent) {
     return label;
 }
 
-QWidget* buildAboutWindow(QObject* owner) {
-    QWidget* about = makeAuxWindow(owner);
-    about->setWindowTitle(QString());
+} // namespace
 
-    QLabel* icon = makePlainLabel({}, about);
+AboutWindow::AboutWindow(QWidget* parent) : QWidget(parent, kAuxWindowFlags) {
+    setWindowIcon(appIcon());
+    QLabel* icon = makePlainLabel({}, this);
     icon->setFixedSize(88, 88);
-    icon->setPixmap(appIconPixmap(88, about->devicePixelRatioF()));
-
-    QLabel* name = centredLabel(QStringLiteral("Sizeloom"), uiFont(16, QFont::Bold), about);
-
-    QLabel* version = centredLabel(QStringLiteral("Version ") + appVersion(), uiFont(11), about);
+    icon->setPixmap(appIconPixmap(88, devicePixelRatioF()));
+    QLabel* name = centredLabel(QStringLiteral("Sizeloom"), uiFont(16, QFont::Bold), this);
+    QLabel* version = centredLabel(QStringLiteral("Version ") + appVersion(), uiFont(11), this);
     setTextColor(version, secondaryTextColor());
-
     QLabel* credit =
-        centredLabel(QStringLiteral("Made by the Sizeloom developers"), uiFont(10), about);
+        centredLabel(QStringLiteral("Made by the Sizeloom developers"), uiFont(10), this);
     setTextColor(credit, tertiaryTextColor());
 
-    auto* stack = new QVBoxLayout(about);
+    auto* stack = new QVBoxLayout(this);
     stack->setSizeConstraint(QLayout::SetFixedSize);
     stack->setContentsMargins(40, 28, 40, 28);
     stack->setSpacing(0);
@@ -48,13 +44,4 @@ QWidget* buildAboutWindow(QObject* owner) {
     stack->addWidget(version, 0, Qt::AlignHCenter);
     stack->addSpacing(2);
     stack->addWidget(credit, 0, Qt::AlignHCenter);
-    return about;
-}
-
-} // namespace
-
-void AppController::showAbout() {
-    if (!aboutWindow)
-        aboutWindow = buildAboutWindow(this);
-    presentCentered(aboutWindow, window ? window->screen() : nullptr);
 }

@@ -1,0 +1,93 @@
+#include "views/VolumesPanel.h"
+
+#include "platform/MountMonitor.h"
+#include "text/Lang.h"
+#include "ui/PlainText.h"
+#include "ui/Style.h"
+#include "ui/UiFont.h"
+#include "views/ListedVolume.h"
+#include "views/PermissionSettings.h"
+#include "views/VolumeReader.h"
+#include "views/VolumeRow.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+VolumesPanel::VolumesPanel(QWidget* parent)
+    : QWidget(parent), header(makePlainLabel()), grant(new QPushButton), rowList(new QWidget),
+      // Patience enough for a volume that answers at all; one that does not shows
+      // without figures rather than hold the panel back.
+      reader(new VolumeReader(std::chrono::milliseconds(250), this)) {
+    header->setObjectName(QStringLiteral("volumesHeader"));
+    grant->setObjectName(QStringLiteral("grantButton"));
+    header->setFont(uiFont(11, QFont::DemiBold));
+    setTextColor(header, secondaryTextColor());
+    grant->setFont(uiFont(10));
+    connect(grant, &QPushButton::clicked, this, &VolumesPanel::openPermissionSettings);
+
+    auto* top = new QHBoxLayout;
+    top->setContentsMargins(0, 0, 0, 0);
+    top->setSpacing(8);
+    top->addWidget(header, 0, Qt::AlignVCenter);
+    top->addStretch(1);
+    top->addWidget(grant, 0, Qt::AlignVCenter);
+
+    auto* list = new QVBoxLayout(rowList);
+    list->setContentsMargins(0, 0, 0, 0);
+    list->setSpacing(5);
+
+    auto* panel = new QVBoxLayout(this);
+    panel->setContentsMargins(0, 0, 0, 0);
+    panel->setSpacing(7);
+    panel->addLayout(top);
+    panel->addWidget(rowList);
+
+    connect(reader, &VolumeReader::volumesRead, this, &VolumesPanel::showRows);
+    // A child of the panel: mount events reach it for as long as the panel lives.
+    auto* monitor = new MountMonitor(this);
+    connect(monitor, &MountMonitor::changed, this, &VolumesPanel::refresh);
+    retranslate();
+    refresh();
+}
+
+void VolumesPanel::retranslate() {
+    header->setText(t(QStringLiteral("vol_header")));
+    grant->setText(t(QStringLiteral("vol_grant")));
+}
+
+void VolumesPanel::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange) {
+        retranslate();
+        refresh();
+    }
+}
+
+void VolumesPanel::refresh() {
+    reader->read();
+}
+
+void VolumesPanel::showRows(const QList<VolumeInfo>& volumes) {
+    QLayout* list = rowList->layout();
+    while (QLayoutItem* item = list->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+    for (const VolumeInfo& volume : volumes) {
+        const auto listed = listedVolume(volume);
+        if (!listed)
+            continue;
+        list->addWidget(listed->answered ? makeVolumeRow(listed->name, listed->freeBytes,
+                                                         listed->totalBytes, listed->internal)
+                                         : makeSilentVolumeRow(listed->name, listed->internal));
+    }
+}
+
+void VolumesPanel::openPermissionSettings() {
+    if (const auto settings = appPermissionsSettings())
+        QProcess::startDetached(settings->program, settings->arguments);
+}
