@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // Load for "under load" figures: one "yes" writing to /dev/null keeps a core busy for

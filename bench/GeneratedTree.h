@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // Folders generated for the benchmarks, each shaped like a place a person with a full

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Lists and measures one folder's first level through the real core (no window) and
 // times it next to a single "du -sk" of the same folder, in the same run.
 //   bench_first_level FOLDER

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Opens a folder through the real size tree and its window (offscreen, shown) and
 // reports how the interface keeps up while the folder is listed, measured and sorted,
 // next to one "du -sk" of the same folder in the same run.

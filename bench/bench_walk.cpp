@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Times the measuring engines on generated folders (or on given ones), next to one
 // "du -sk" and a bare two-thread C walk of the same folder, in the same run, after one
 // warm-up pass (the engine that runs du only once: it takes minutes on the widest one):
@@ -11,8 +12,8 @@
 #include "GeneratedTree.h"
 #include "core/DuEngine.h"
 #include "core/InProcessEngine.h"
-#include "platform/PathInfo.h"
 #include "platform/ChildProcess.h"
+#include "platform/PathInfo.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

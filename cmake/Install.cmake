@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # What the desktop needs besides the program: its launcher entry, its software-centre
 # description and its icon, in the places the freedesktop standards look for them.
 set(SIZELOOM_APP_ID org.sizeloom.Sizeloom)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # The program is a stack of layers, bottom first. Each is one folder of src/ and one
 # static library that links only the layers below it (through the one right below);
 # the README's architecture section says what each owns. tests/LayerOrder.cmake fails
@@ -29,7 +30,6 @@ target_link_libraries(sizeloom_platform PUBLIC Qt6::DBus PkgConfig::MOUNT PkgCon
 target_link_libraries(sizeloom_ui PUBLIC Qt6::Gui Qt6::Widgets Qt6::Svg)
 target_sources(sizeloom_ui INTERFACE $<TARGET_OBJECTS:sizeloomres>)
 add_dependencies(sizeloom_ui sizeloomres)
-target_link_libraries(sizeloom_actions PUBLIC Qt6::Concurrent)
 
 # Everything the program is made of, for the program, the tests and the benchmarks.
 add_library(sizeloomlib INTERFACE)

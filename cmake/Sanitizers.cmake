@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # -DSIZELOOM_SANITIZE=address: AddressSanitizer with UndefinedBehaviorSanitizer.
 # -DSIZELOOM_SANITIZE=thread: ThreadSanitizer. Each wants its own build folder.
 # SIZELOOM_SANITIZER_ENV is what ctest hands every test so that a finding fails it.

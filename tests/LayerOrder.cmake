@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # Fails when a file of src/ includes a header of a layer above its own: the layers
 # (cmake/Layers.cmake) stand on each other by construction, not by care.
 #   cmake -DSOURCE_DIR=... -DLAYERS="text;platform;..." -P LayerOrder.cmake

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // A small file-system image (ext4 unless told otherwise), made and loop-mounted by the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // Builds real files and folders for tests, with paths kept as bytes so that names

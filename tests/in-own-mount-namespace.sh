@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: GPL-2.0-or-later
 # Runs a test in a mount namespace of its own where the system allows one (as root), so
 # that what it mounts is seen by nothing else and goes with it. Elsewhere the test runs
 # as it is and skips what needs that.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-2.0-or-later
 # Shared by run.sh and test.sh: installs the Debian packages Sizeloom needs (only the
 # missing ones), then configures and builds into build/.
 set -euo pipefail

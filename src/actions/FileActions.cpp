@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "actions/FileActions.h"
 
 #include "actions/CopyProgressDialog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "actions/ItemJobs.h"
 
 #include "actions/ItemNaming.h"
@@ -176,8 +177,8 @@ Outcome<QByteArray> renameItem(const ItemLocation& location, const QByteArray& n
     const Outcome<ReachedItem> item = reachItem(location);
     if (!item)
         return Failure{item.error()};
-    if (const int error = renameNoReplaceAt(item->folder.get(), item->name, newName))
-        return Failure{error};
+    if (const Done renamed = renameNoReplaceAt(item->folder.get(), item->name, newName); !renamed)
+        return Failure{renamed.error()};
     const QByteArray folder = parentPathOf(item->path);
     return folder.endsWith('/') ? folder + newName : folder + '/' + newName;
 }

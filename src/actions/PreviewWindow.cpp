@@ -1,18 +1,18 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "actions/PreviewWindow.h"
 
 #include "actions/ItemWindowParts.h"
+#include "platform/BackgroundJob.h"
 #include "text/LangLocale.h"
 #include "text/SizeText.h"
 #include "ui/PlainText.h"
 #include "ui/Style.h"
 #include "ui/UiFont.h"
 
-#include <QFutureWatcher>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QShortcut>
 #include <QVBoxLayout>
-#include <QtConcurrentRun>
 
 PreviewWindow::PreviewWindow(const NodePtr& node, QObject* owner) : item(node) {
     setUpItemWindow(this, node->name(), owner);
@@ -28,11 +28,9 @@ PreviewWindow::PreviewWindow(const NodePtr& node, QObject* owner) : item(node) {
     body->addWidget(shown);
 
     const QSize fit = kImageFit * devicePixelRatioF();
-    auto* reading = new QFutureWatcher<PreviewContent>(this);
-    connect(reading, &QFutureWatcher<PreviewContent>::finished, this,
-            [this, reading] { showContent(reading->result()); });
-    reading->setFuture(
-        QtConcurrent::run([path = node->url, fit] { return loadPreview(path, fit); }));
+    runInBackground<PreviewContent>(
+        this, [path = node->url, fit] { return loadPreview(path, fit); },
+        [this](PreviewContent read) { showContent(read); });
 }
 
 QWidget* PreviewWindow::makeSummary() {

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "actions/PropertiesWindow.h"
 
 #include "actions/ItemWindowParts.h"
+#include "platform/BackgroundJob.h"
 #include "platform/MimeComments.h"
 #include "text/LangLocale.h"
 #include "text/SizeText.h"
@@ -9,10 +11,8 @@
 #include "ui/UiFont.h"
 
 #include <QFormLayout>
-#include <QFutureWatcher>
 #include <QLabel>
 #include <QVBoxLayout>
-#include <QtConcurrentRun>
 #include <sys/stat.h>
 
 namespace {
@@ -64,28 +64,24 @@ PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(n
         addField(field);
     retranslate();
 
-    auto* reading = new QFutureWatcher<ReadFacts>(this);
-    connect(reading, &QFutureWatcher<ReadFacts>::finished, this, [this, reading, icon] {
-        const ReadFacts read = reading->result();
-        icon->setPixmap(iconForMimeType(read.facts.mimeType).pixmap(QSize(48, 48)));
-        showFacts(read.facts, read.typeNames);
-    });
-    reading->setFuture(QtConcurrent::run([path = node->url] {
-        ReadFacts read{readItemFacts(path), {}};
-        read.typeNames = mimeComments(read.facts.mimeType);
-        return read;
-    }));
-
-    if (node->isDir) {
-        auto* counting = new QFutureWatcher<std::optional<FolderTally>>(this);
-        connect(counting, &QFutureWatcher<std::optional<FolderTally>>::finished, this,
-                [this, counting] {
-                    tally = counting->result();
-                    retranslate();
-                });
-        counting->setFuture(QtConcurrent::run(
-            [path = node->url, stop = stopCounting] { return tallyFolder(path, *stop); }));
-    }
+    runInBackground<ReadFacts>(
+        this,
+        [path = node->url] {
+            ReadFacts read{readItemFacts(path), {}};
+            read.typeNames = mimeComments(read.facts.mimeType);
+            return read;
+        },
+        [this, icon](ReadFacts read) {
+            icon->setPixmap(iconForMimeType(read.facts.mimeType).pixmap(QSize(48, 48)));
+            showFacts(read.facts, read.typeNames);
+        });
+    if (node->isDir)
+        runInBackground<std::optional<FolderTally>>(
+            this, [path = node->url, stop = stopCounting] { return tallyFolder(path, *stop); },
+            [this](std::optional<FolderTally> counted) {
+                tally = counted;
+                retranslate();
+            });
 }
 
 PropertiesWindow::~PropertiesWindow() {

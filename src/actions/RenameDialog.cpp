@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "actions/RenameDialog.h"
 
-#include "ui/AppIcon.h"
 #include "text/Lang.h"
+#include "ui/AppIcon.h"
 #include "ui/PlainText.h"
 
 #include <QDialog>

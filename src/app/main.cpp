@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Start-up: the application object, one running copy per session, the language, the
 // menu and the window; then the folder named at launch, and folders handed over later.
 #include "app/AppController.h"

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "core/DuEngine.h"
 
-#include "platform/FolderListing.h"
 #include "core/RevocableJobs.h"
 #include "core/SizeMeasure.h"
+#include "platform/FolderListing.h"
 #include "platform/StopFlag.h"
 
 #include <dirent.h>

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "core/FolderWalk.h"
 
-#include "platform/FolderListing.h"
 #include "core/SizeMeasure.h"
 #include "core/WalkScheduler.h"
 #include "platform/DirectoryReader.h"
+#include "platform/FolderListing.h"
 #include "platform/PseudoFileSystem.h"
 
 #include <array>

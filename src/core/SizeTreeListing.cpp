@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The size tree's part of the controller: listing folders and applying measurements.
 #include "core/ListingReceiver.h"
 #include "core/SizeTree.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Opening a folder as the root, and measuring again after changes on disk.
 #include "core/SizeTree.h"
 #include "core/TreeDisplay.h"

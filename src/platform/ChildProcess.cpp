@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/ChildProcess.h"
 
-#include "platform/StopFlag.h"
 #include "platform/ArgumentVector.h"
+#include "platform/StopFlag.h"
 
 #include <QHash>
 #include <QMutex>

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/LaunchArguments.h"
 
-#include "platform/PathInfo.h"
 #include "platform/FileUrl.h"
+#include "platform/PathInfo.h"
 
 QByteArray argumentAsPath(const QByteArray& argument) {
     if (!argument.startsWith("file://"))

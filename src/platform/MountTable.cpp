@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/MountTable.h"
 
-#include "platform/Paths.h"
 #include "platform/DiskKind.h"
 #include "platform/MountRules.h"
+#include "platform/Paths.h"
 #include "platform/VolumeCapacity.h"
 #include "platform/VolumeLabel.h"
 

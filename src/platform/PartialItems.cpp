@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/PartialItems.h"
 
 #include "platform/DirectoryReader.h"
@@ -93,7 +94,7 @@ Outcome<PartialItem> createPartialFile(int folderFd, const QByteArray& finalName
 }
 
 Done publishPartial(int folderFd, const QByteArray& partialName, const QByteArray& finalName) {
-    return Done::fromError(renameNoReplaceAt(folderFd, partialName, finalName));
+    return renameNoReplaceAt(folderFd, partialName, finalName);
 }
 
 void removeItemTree(int folderFd, const QByteArray& name) {

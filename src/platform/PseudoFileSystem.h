@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // The entry `name` of the open folder dirFd is the top of a kernel file system whose

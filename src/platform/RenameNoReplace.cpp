@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/RenameNoReplace.h"
 
 #include "platform/ItemReach.h"
@@ -37,6 +38,8 @@ int errnoOf(int result) {
     return result == 0 ? 0 : errno;
 }
 
+int moveNoReplace(int folderFd, const QByteArray& from, const QByteArray& to);
+
 // A change of case only. The kernel may take a rename onto the item's own other
 // spelling as a rename onto itself and do nothing; then the item goes by a free
 // temporary name, never replacing anything on either step.
@@ -48,14 +51,14 @@ int renameCaseOnly(int folderFd, const QByteArray& from, const QByteArray& to) {
     for (int n = 0; n < 100; ++n) {
         const QByteArray between =
             ".sizeloom-rename-" + QByteArray::number(getpid()) + '-' + QByteArray::number(n);
-        const int error = renameNoReplaceAt(folderFd, from, between);
+        const int error = moveNoReplace(folderFd, from, between);
         if (error == EEXIST)
             continue;
         if (error)
             return error;
-        const int second = renameNoReplaceAt(folderFd, between, to);
+        const int second = moveNoReplace(folderFd, between, to);
         if (second)
-            renameNoReplaceAt(folderFd, between, from);
+            moveNoReplace(folderFd, between, from);
         return second;
     }
     return EEXIST;
@@ -95,32 +98,7 @@ int renameOntoReservation(int folderFd, const QByteArray& from, const QByteArray
     return error;
 }
 
-// Runs the move on the folder holding both paths.
-template <typename Move> int inFolderOf(const QByteArray& from, const QByteArray& to, Move&& move) {
-    const qsizetype slash = from.lastIndexOf('/');
-    const QByteArray folder = slash < 0 ? "." : slash == 0 ? "/" : from.left(slash);
-    if (to.left(to.lastIndexOf('/')) != from.left(slash))
-        return EXDEV;
-    const UniqueFd fd(open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!fd)
-        return errno;
-    return move(fd.get(), from.mid(slash + 1), to.mid(to.lastIndexOf('/') + 1));
-}
-
-} // namespace
-
-int renameNoReplaceAt(int folderFd, const QByteArray& from, const QByteArray& to) {
-    if (renameat2(folderFd, from.constData(), folderFd, to.constData(), RENAME_NOREPLACE) == 0)
-        return 0;
-    const int error = errno;
-    if (error == EINVAL)
-        return renameNoReplaceByHandAt(folderFd, from, to);
-    if (error == EEXIST && namesTheItemItself(folderFd, from, to))
-        return renameCaseOnly(folderFd, from, to);
-    return error;
-}
-
-int renameNoReplaceByHandAt(int folderFd, const QByteArray& from, const QByteArray& to) {
+int moveByHand(int folderFd, const QByteArray& from, const QByteArray& to) {
     struct stat item {};
     if (fstatat(folderFd, from.constData(), &item, AT_SYMLINK_NOFOLLOW) != 0)
         return errno;
@@ -143,10 +121,23 @@ int renameNoReplaceByHandAt(int folderFd, const QByteArray& from, const QByteArr
     return renameOntoReservation(folderFd, from, to, S_ISDIR(item.st_mode));
 }
 
-int renameNoReplace(const QByteArray& from, const QByteArray& to) {
-    return inFolderOf(from, to, renameNoReplaceAt);
+int moveNoReplace(int folderFd, const QByteArray& from, const QByteArray& to) {
+    if (renameat2(folderFd, from.constData(), folderFd, to.constData(), RENAME_NOREPLACE) == 0)
+        return 0;
+    const int error = errno;
+    if (error == EINVAL)
+        return moveByHand(folderFd, from, to);
+    if (error == EEXIST && namesTheItemItself(folderFd, from, to))
+        return renameCaseOnly(folderFd, from, to);
+    return error;
 }
 
-int renameNoReplaceByHand(const QByteArray& from, const QByteArray& to) {
-    return inFolderOf(from, to, renameNoReplaceByHandAt);
+} // namespace
+
+Done renameNoReplaceAt(int folderFd, const QByteArray& from, const QByteArray& to) {
+    return Done::fromError(moveNoReplace(folderFd, from, to));
+}
+
+Done renameNoReplaceByHandAt(int folderFd, const QByteArray& from, const QByteArray& to) {
+    return Done::fromError(moveByHand(folderFd, from, to));
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/StopFlag.h"
 
 #include "platform/ChildProcess.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // Debian's Qt is not built for ThreadSanitizer, so a value handed to another thread

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The interface texts, one row per key, columns in Lang order (ko en zh es ja fr de pt ru).
 // Generated once from the product's translation table; edit with care: trailing blanks
 // and the exact punctuation are part of the text.

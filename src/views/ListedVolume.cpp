@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "views/ListedVolume.h"
 
 #include "platform/MountTable.h"

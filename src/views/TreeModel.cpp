@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "views/TreeModel.h"
 
 #include "core/SizeTree.h"

@@ -1,8 +1,7 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "views/VolumeReader.h"
 
-#include <QCoreApplication>
-#include <QPointer>
-#include <thread>
+#include "platform/BackgroundJob.h"
 
 VolumeReader::VolumeReader(std::chrono::milliseconds patience_, QObject* parent) : QObject(parent) {
     patience.setSingleShot(true);
@@ -18,19 +17,10 @@ void VolumeReader::read(const MountTableFiles& files) {
         if (asking.contains(mount.mountPoint))
             continue;
         asking.insert(mount.mountPoint);
-        // A thread of its own, not one of a pool: a volume that never answers keeps it
-        // for good, and must not keep anything else waiting.
-        std::thread([reader = QPointer<VolumeReader>(this), mount] {
-            const VolumeInfo volume = probeVolume(mount);
-            if (QCoreApplication* app = QCoreApplication::instance())
-                QMetaObject::invokeMethod(
-                    app,
-                    [reader, volume] {
-                        if (reader)
-                            reader->answered(volume);
-                    },
-                    Qt::QueuedConnection);
-        }).detach();
+        // A volume that never answers keeps its thread for good, and nothing else waiting.
+        runInBackground<VolumeInfo>(
+            this, [mount] { return probeVolume(mount); },
+            [this](VolumeInfo volume) { answered(volume); });
     }
     if (mounts.isEmpty())
         report();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "window/MainWindow.h"
 
 #include "actions/ActionOutcome.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "window/PreferencesWindow.h"
 
 #include "ui/AppIcon.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // Stand-ins for the desktop's services, registered on a private session bus on a

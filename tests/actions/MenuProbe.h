@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // Drives the outline's right-click and keyboard menu the way the window system does,

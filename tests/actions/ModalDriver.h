@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // Drives the modal dialogs that the item actions open (and wait in): a step runs once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // A stand-in for the program around one file action, for tests that end it at any
 // moment: it quits on SIGTERM, SIGINT and SIGHUP as the program does, through the event
 // loop, and prints the action's outcome (the errno, 0 when done) when it ends.

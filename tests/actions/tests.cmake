@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # The hand-offs talk to stand-ins for the desktop's services on a private session bus.
 sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/tst_handoffs.cpp dbus-run-session --)
 # The clipboard test runs once offscreen (from its file's name) and once more on a real

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Copy and Copy Path through the menu, read back from the real clipboard: in process,
 // and under X11 (xcb) also from outside with xclip, as another program pastes.
 #include "MenuProbe.h"

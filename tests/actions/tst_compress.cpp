@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Compress: a zip archive beside the item that unzip checks, lists and extracts back
 // to the same tree; a failed one is removed and said so in the status line.
 #include "LoopImage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The outline's right-click menu: which row it is for, what it holds, in which
 // language, and what a right-click or the keyboard leaves selected.
 #include "MenuProbe.h"

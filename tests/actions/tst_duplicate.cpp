@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Duplicate: a faithful copy under the first free name, on a worker under a modal
 // progress dialog; a failed or cancelled copy leaves nothing behind.
 #include "ItemLocations.h"

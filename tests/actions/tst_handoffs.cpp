@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The hand-offs to the desktop: show in the file manager, preview, properties and
 // share, each with the desktop's service on a private session bus and without it.
 #include "FakeDesktop.h"

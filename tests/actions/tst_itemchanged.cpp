@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // An action acts only on the item its row showed: when the item or a folder on its way
 // was replaced since (by a link elsewhere, or by another file of the same name), nothing
 // is done on disk, anywhere, and the status line says so.

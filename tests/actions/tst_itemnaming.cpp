@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The naming rules of rename, duplicate and compress, as tables.
 #include "actions/ItemNaming.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Sizeloom's own preview and properties windows on real files of every kind: what
 // they read, what they show, in which language, and what a screen reader gets.
 #include "TempTree.h"

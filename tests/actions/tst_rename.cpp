@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Rename: the move that never replaces, and the action through its real dialog.
 #include "LoopImage.h"
 #include "ModalDriver.h"
 #include "TempTree.h"
 #include "platform/RenameNoReplace.h"
 #include "platform/SystemReason.h"
+#include "platform/UniqueFd.h"
 #include "window/WindowFixture.h"
 
 #include <QProcess>
@@ -29,7 +31,15 @@ bool exists(const QByteArray& path) {
     return lstat(path.constData(), &info) == 0;
 }
 
+// The moves by path, for items of one folder: the errno, 0 when done.
 using Mover = int (*)(const QByteArray&, const QByteArray&);
+template <Done (*move)(int, const QByteArray&, const QByteArray&)>
+int inItsFolder(const QByteArray& from, const QByteArray& to) {
+    const UniqueFd folder(open(deletingLastPathComponent(from).constData(), O_PATH | O_DIRECTORY));
+    return move(folder.get(), lastPathComponent(from), lastPathComponent(to)).error();
+}
+constexpr Mover renameNoReplace = inItsFolder<renameNoReplaceAt>;
+constexpr Mover renameNoReplaceByHand = inItsFolder<renameNoReplaceByHandAt>;
 
 } // namespace
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Move to Trash: where the desktop's file manager would put the item, checked with the
 // trash tools of other desktops (trash-cli), which must list and restore it intact.
 #include "LoopImage.h"

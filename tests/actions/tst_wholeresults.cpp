@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Whole results or none: a Duplicate or Compress ended at a random moment (SIGTERM, the
 // orderly way; SIGKILL, no way at all) leaves either nothing under the final name or the
 // complete result, and what a killed program left is cleared by the next action there.

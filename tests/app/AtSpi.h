@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // A small client of the accessibility bus (AT-SPI), reading what a screen reader reads

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # Installs BUILD_DIR into PREFIX and checks that each file lands in its standard place
 # with the content of its source.
 file(REMOVE_RECURSE ${PREFIX})

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // Finds and closes top-level windows on the X display, as a window manager would, and

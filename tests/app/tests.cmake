@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # The real program under a real (virtual) X server.
 sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/tst_endtoend.cpp dbus-run-session -- xvfb-run -a -s "-screen 0 1280x1024x24")
 target_link_libraries(tst_endtoend PRIVATE X11)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The program's icon and version, as the window, the About window and the desktop get them.
 #include "ui/AppIcon.h"
 #include "window/AppVersion.h"

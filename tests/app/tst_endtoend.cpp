@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The real program in a real X session (Xvfb): it opens its window on a folder given
 // on the command line, its right-click menu reads out on the accessibility bus and is
 // driven with the keyboard, its actions reach other programs (Copy Path the clipboard,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // A mounted volume whose program never answers (a hung FUSE mount) must not freeze the
 // window: not when the volumes panel is filled, not when a folder that holds it is
 // shown, and the measurements caught in it end when another folder is opened.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The application shell, wired as the program runs it: the menu bar, Preferences, About,
 // the language switch, the launch argument and the items the desktop hands over.
 #include "app/AppController.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // For engine tests: an engine to test, and a receiver that records every call under its

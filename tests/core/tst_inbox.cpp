@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Results reach the main thread in slices; work a slice leaves the display runs in a
 // pass of the event loop of its own, between that slice and the next.
 #include "platform/MainThreadInbox.h"

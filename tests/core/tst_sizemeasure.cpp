@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The du engine's own pieces: du run on a path that reads like an option, and its
 // output read. Its numbers against real trees are in the walk engine test.
 #include "TempTree.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Work queued for a tree counts only while it is wanted: a listing that was discarded,
 // a tree that was replaced and a tree that is gone get no results and leave no
 // measurement running.

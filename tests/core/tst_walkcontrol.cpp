@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // How the engines run walks: stopping a walk, stopping the engine, and the newest walk
 // going first. The order of an engine's calls is checked by WalkRecorder in every walk.
 #include "TempTree.h"

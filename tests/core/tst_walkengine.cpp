@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Both measuring engines against the real du on real trees: every child's total, the
 // folder's total and the listing itself.
 #include "LoopImage.h"
 #include "TempTree.h"
 #include "WalkRecorder.h"
-#include "platform/FolderListing.h"
 #include "core/FolderWalk.h"
+#include "platform/FolderListing.h"
 
 #include <QProcess>
 #include <QStandardPaths>

@@ -1,2 +1,3 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # The single-instance test owns a bus name, so it gets a private session bus.
 sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/tst_singleinstance.cpp dbus-run-session --)

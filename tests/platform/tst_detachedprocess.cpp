@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // Programs started for the user: no shell, arguments as raw bytes, nothing waited for,
 // and nothing of ours left to them.
 #include "TempTree.h"

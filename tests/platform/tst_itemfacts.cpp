@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // What is read about an item for its preview and properties, against the system's own
 // tools (stat, du, find) on real files of every kind, and the safe way files are read.
 #include "TempTree.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/ChildProcess.h"
 #include "platform/DiskKind.h"
 #include "platform/MountTable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/FileUrl.h"
 #include "platform/LaunchArguments.h"
 #include "platform/SingleInstance.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The interface's texts: the language chosen, the string table, and the texts made
 // from sizes (size and share cells, bars, capacities and the status line).
 #include "core/Node.h"

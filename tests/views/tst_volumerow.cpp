@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "text/Lang.h"
 #include "ui/Style.h"
 #include "views/CapacityText.h"

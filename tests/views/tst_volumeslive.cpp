@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 // The volumes panel on this machine's real mounts: one row a volume, kept up to date
 // on its own as volumes come and go, and its button to the settings program.
 #include "LoopImage.h"

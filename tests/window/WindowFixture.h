@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
 // A size tree and its main window, shown offscreen as at launch, on a clean settings

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
 #include "TempTree.h"
 #include "WindowFixture.h"
 #include "platform/FileUrl.h"
