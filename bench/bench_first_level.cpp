@@ -2,7 +2,7 @@
 // Lists and measures one folder's first level through the real core (no window) and
 // times it next to a single "du -sk" of the same folder, in the same run.
 //   bench_first_level FOLDER
-#include "core/SizeMeasure.h"
+#include "DuReference.h"
 #include "core/SizeTree.h"
 #include "core/TreeDisplay.h"
 #include "platform/PathInfo.h"
@@ -16,21 +16,23 @@ namespace {
 
 class SortedLevelClock : public TreeDisplay {
 public:
-    void showNewRoot(const NodePtr& shown) override { root = shown; }
-    bool isShown(const Node&) const override { return false; }
-    void redrawRow(const NodePtr&) override {}
-    void rowsAppended(const NodePtr&, size_t, size_t) override {}
-    void redrawRowAndChildren(const NodePtr& node) override {
-        if (node == root)
+    void showNewRoot(const std::shared_ptr<const SizeIndex>&, EntryId shown) override {
+        root = shown;
+    }
+    bool isShown(EntryId) const override { return false; }
+    bool hasRows(EntryId folder) const override { return folder == root; }
+    void rowsAppended(EntryId, size_t, size_t) override {}
+    void redrawRow(EntryId) override {}
+    void redrawRowAndChildren(EntryId) override {}
+    void reorderChildren(EntryId folder, const std::vector<EntryId>&) override {
+        if (folder == root)
             QCoreApplication::quit();
     }
-    void reorderChildren(const NodePtr&, const std::function<void()>& reorder) override {
-        reorder();
-    }
-    void dropChildren(const NodePtr&) override {}
+    void dropChildren(EntryId) override {}
+    void redrawAll() override {}
 
 private:
-    NodePtr root;
+    EntryId root = kNoEntry;
 };
 
 } // namespace
@@ -44,10 +46,10 @@ int main(int argc, char** argv) {
     const QByteArray folder = absolutePath(argv[1]);
 
     // One untimed pass first, so both timings read a warm inode cache.
-    folderDiskUsage(folder);
+    duDiskUsage(folder);
     QElapsedTimer clock;
     clock.start();
-    const qint64 duBytes = folderDiskUsage(folder);
+    const qint64 duBytes = duDiskUsage(folder);
     const double duMs = clock.nsecsElapsed() / 1e6;
 
     SizeTree controller;
@@ -56,16 +58,21 @@ int main(int argc, char** argv) {
     clock.restart();
     controller.open(folder);
     const double listedMs = clock.nsecsElapsed() / 1e6;
-    if (!controller.root()->children->empty())
-        app.exec();
+    const auto& index = *controller.index();
+    QObject::connect(&controller, &SizeTree::rootMeasured, &app, [&] {
+        if (index.childCount(controller.root()) < 2)
+            QCoreApplication::quit(); // nothing to put in order
+    });
+    app.exec();
     const double sortedMs = clock.nsecsElapsed() / 1e6;
 
     qint64 sum = 0;
-    for (const NodePtr& child : *controller.root()->children)
-        sum += child->size();
+    const auto& tree = *controller.index();
+    for (EntryId child : tree.children(controller.root()))
+        sum += tree.allocated(child);
     std::printf("folder            %s\n", folder.constData());
-    std::printf("entries           %zu\n", controller.root()->children->size());
-    std::printf("listing (main)    %10.1f ms\n", listedMs);
+    std::printf("entries           %zu\n", tree.childCount(controller.root()));
+    std::printf("open (main)    %10.1f ms\n", listedMs);
     std::printf("sorted level      %10.1f ms\n", sortedMs);
     std::printf("single du -sk     %10.1f ms  (%s)\n", duMs,
                 humanSize(duBytes).toUtf8().constData());

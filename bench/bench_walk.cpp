@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Times the measuring engines on generated folders (or on given ones), next to one
+// Times the walk into the index on generated folders (or on given ones), next to one
 // "du -sk" and a bare two-thread C walk of the same folder, in the same run, after one
-// warm-up pass (the engine that runs du only once: it takes minutes on the widest one):
+// warm-up pass, and prints what the index holds per entry:
 //   bench_walk [--runs N] [--workers N] [--load] [--engine-only] [--no-warmup] [FOLDER...]
 //   bench_walk --generate DIR
 // Without FOLDER it generates, in a temporary folder: 2,000 and 20,000 subfolders of 5
@@ -10,8 +10,8 @@
 // another process while timing.
 #include "BusyCore.h"
 #include "GeneratedTree.h"
-#include "core/DuEngine.h"
-#include "core/InProcessEngine.h"
+#include "core/IndexWalk.h"
+#include "core/WalkEngine.h"
 #include "platform/ChildProcess.h"
 #include "platform/PathInfo.h"
 
@@ -36,54 +36,50 @@ double msSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
-// Times one walk: to the last entry, to the last child's total (the first level
-// complete) and to the folder's total.
-class WalkClock : public WalkReceiver {
+// Times one walk: to the last child of the folder measured (the first level complete)
+// and to the folder's total.
+class WalkClock : public WalkListener {
 public:
-    WalkClock() : start(Clock::now()) {}
-    void entriesListed(std::vector<WalkEntry>&& batch) override {
-        std::lock_guard guard(lock);
-        entries += batch.size();
+    WalkClock(const SizeIndex& index) : index(index), start(Clock::now()) {}
+    void listed(EntryId) override {}
+    void measured(EntryId folder) override {
+        if (folder != index.root() && index.parent(folder) == index.root())
+            levelMs = msSince(start);
     }
-    void listingEnded(size_t) override {
-        std::lock_guard guard(lock);
-        listedMs = msSince(start);
-        levelMs = std::max(levelMs, listedMs);
-    }
-    void childMeasured(size_t, qint64) override {
-        std::lock_guard guard(lock);
-        levelMs = std::max(levelMs, msSince(start));
-    }
-    void walkEnded(qint64 bytes) override {
+    void ended() override {
         std::lock_guard guard(lock);
         totalMs = msSince(start);
-        total = bytes;
-        ended.notify_all();
+        done = true;
+        endedNow.notify_all();
     }
     void wait() {
         std::unique_lock guard(lock);
-        ended.wait(guard, [this] { return total >= 0; });
+        endedNow.wait(guard, [this] { return done; });
     }
 
+    const SizeIndex& index;
     const Clock::time_point start;
     std::mutex lock;
-    std::condition_variable ended;
-    size_t entries = 0;
-    double listedMs = 0, levelMs = 0, totalMs = 0;
-    qint64 total = -1;
+    std::condition_variable endedNow;
+    bool done = false;
+    double levelMs = 0, totalMs = 0;
 };
 
 struct WalkTimes {
     double level = 0, total = 0;
     qint64 bytes = 0;
     size_t entries = 0;
+    double bytesPerEntry = 0;
 };
 
-WalkTimes timeWalk(MeasureEngine& engine, const QByteArray& folder) {
-    auto clock = std::make_shared<WalkClock>();
-    engine.walkFolder(folder, clock);
+WalkTimes timeWalk(WalkEngine& engine, const QByteArray& folder) {
+    auto index = std::make_shared<SizeIndex>(folder);
+    auto clock = std::make_shared<WalkClock>(*index);
+    auto walk = engine.walk(index, index->root(), folder, {}, clock);
     clock->wait();
-    return {clock->levelMs, clock->totalMs, clock->total, clock->entries};
+    const size_t entries = index->size();
+    return {std::max(clock->levelMs, 0.0), clock->totalMs, index->allocated(index->root()), entries,
+            entries ? double(index->memoryUsed()) / double(entries) : 0.0};
 }
 
 double timeProgram(const QByteArray& program, const QList<QByteArray>& args) {
@@ -114,7 +110,7 @@ QByteArray buildFloorwalk() {
 // Another process keeping one core busy, until destroyed.
 struct Options {
     int runs = 3;
-    int workers = InProcessEngine::defaultWorkers();
+    int workers = WalkEngine::defaultWorkers();
     bool load = false, engineOnly = false, warmUp = true;
     QList<QByteArray> folders;
     QByteArray generateIn;
@@ -129,20 +125,19 @@ QList<QByteArray> generateTrees(const QByteArray& base) {
 
 void benchFolder(const QByteArray& folder, const Options& options, QThreadPool* pool,
                  const QByteArray& floorwalk) {
-    InProcessEngine inProcess(pool, options.workers);
-    DuEngine duEngine(pool);
+    WalkEngine engine(pool, options.workers);
     const QList<QByteArray> duArgs{"-sk", "--", folder};
     const QList<QByteArray> floorArgs{"-t", "2", "-q", folder};
     if (options.warmUp) {
         timeProgram("/usr/bin/du", duArgs);
-        timeWalk(inProcess, folder);
+        timeWalk(engine, folder);
         if (!floorwalk.isEmpty())
             timeProgram(floorwalk, floorArgs);
     }
-    std::vector<double> level, total, duLevel, duTotal, du, floor;
+    std::vector<double> level, total, du, floor;
     WalkTimes walk;
     for (int run = 0; run < options.runs; ++run) {
-        walk = timeWalk(inProcess, folder);
+        walk = timeWalk(engine, folder);
         level.push_back(walk.level);
         total.push_back(walk.total);
         if (options.engineOnly)
@@ -150,22 +145,14 @@ void benchFolder(const QByteArray& folder, const Options& options, QThreadPool* 
         du.push_back(timeProgram("/usr/bin/du", duArgs));
         if (!floorwalk.isEmpty())
             floor.push_back(timeProgram(floorwalk, floorArgs));
-        // One du process per child folder takes minutes on the widest folder: once.
-        if (run == 0) {
-            const WalkTimes viaDu = timeWalk(duEngine, folder);
-            duLevel.push_back(viaDu.level);
-            duTotal.push_back(viaDu.total);
-        }
     }
-    std::printf("\n%s  (%zu entries listed, %.1f MiB, %d workers%s, median of %d)\n",
-                folder.constData(), walk.entries, walk.bytes / 1048576.0, options.workers,
+    std::printf("\n%s  (%zu entries, %.1f MiB, %d workers%s, median of %d)\n", folder.constData(),
+                walk.entries, walk.bytes / 1048576.0, options.workers,
                 options.load ? ", one core busy" : "", options.runs);
-    std::printf("  in-process: first level %9.1f ms   total %9.1f ms\n", median(level),
-                median(total));
+    std::printf("  index walk: first level %9.1f ms   total %9.1f ms   %.1f B per entry\n",
+                median(level), median(total), walk.bytesPerEntry);
     if (options.engineOnly)
         return;
-    std::printf("  du engine:  first level %9.1f ms   total %9.1f ms  (one run)\n", median(duLevel),
-                median(duTotal));
     const double duMs = median(du);
     std::printf("  du -sk:                          %9.1f ms\n", duMs);
     std::printf("  ratios: first level / du -sk %.2f   total / du -sk %.2f", median(level) / duMs,
@@ -176,8 +163,7 @@ void benchFolder(const QByteArray& folder, const Options& options, QThreadPool* 
         std::printf("  ratios: first level / floorwalk %.2f   total / floorwalk %.2f",
                     median(level) / floorMs, median(total) / floorMs);
     }
-    std::printf("\n  du engine / in-process: first level %.1fx   total %.1fx\n",
-                median(duLevel) / median(level), median(duTotal) / median(total));
+    std::printf("\n");
     std::fflush(stdout);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "core/Node.h"
+#include "core/ItemRef.h"
 
 #include <QByteArray>
 #include <QMetaType>
@@ -34,7 +34,7 @@ struct ActionOutcome {
     // What the action names when done: the archive, the copy, the path copied.
     QString detail;
     // The item whose folder changed on disk and is listed again.
-    NodePtr changed;
+    ItemRef changed;
     // A folder to open as the root instead: the opened folder renamed.
     QByteArray reopen;
 };

@@ -9,12 +9,12 @@
 #include "actions/PropertiesWindow.h"
 #include "actions/RenameDialog.h"
 #include "actions/SharePicker.h"
-#include "core/NodeLocation.h"
 #include "platform/FileClipboard.h"
 #include "platform/FileManager.h"
 #include "platform/FolderHandler.h"
 #include "platform/ItemReach.h"
 #include "platform/MainThreadInbox.h"
+#include "platform/Paths.h"
 #include "platform/Previewer.h"
 #include "platform/ShareServices.h"
 #include "platform/TreeCopy.h"
@@ -32,7 +32,7 @@ namespace {
 
 struct MenuEntry {
     const char* titleKey; // null for a separator
-    void (FileActions::*action)(const NodePtr&);
+    void (FileActions::*action)(const ItemRef&);
 };
 
 constexpr MenuEntry kEntries[] = {
@@ -46,10 +46,6 @@ constexpr MenuEntry kEntries[] = {
 };
 
 constexpr std::chrono::seconds kPatienceAtQuit(2);
-
-bool isTop(const Node& node) {
-    return node.parent.expired();
-}
 
 } // namespace
 
@@ -69,10 +65,10 @@ void FileActions::stopJobs(QDeadlineTimer deadline) {
     quitDeadline = deadline;
 }
 
-QMenu* FileActions::menuFor(const NodePtr& node, QWidget* parent) {
+QMenu* FileActions::menuFor(const ItemRef& node, QWidget* parent) {
     auto* menu = new QMenu(parent);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->setAccessibleName(node->name());
+    menu->setAccessibleName(node.name);
     for (const MenuEntry& entry : kEntries) {
         if (!entry.titleKey) {
             menu->addSeparator();
@@ -86,7 +82,7 @@ QMenu* FileActions::menuFor(const NodePtr& node, QWidget* parent) {
     return menu;
 }
 
-void FileActions::runJob(const NodePtr& subject, ActionOutcome outcome, Job job,
+void FileActions::runJob(const ItemRef& subject, ActionOutcome outcome, Job job,
                          std::function<void(ActionOutcome&, const Outcome<QByteArray>&)> complete) {
     jobs.start([self = QPointer<FileActions>(this), inbox = MainThreadInbox::shared(), subject,
                 outcome = std::move(outcome), job = std::move(job),
@@ -100,50 +96,50 @@ void FileActions::runJob(const NodePtr& subject, ActionOutcome outcome, Job job,
             if (complete)
                 complete(outcome, result);
             // The tree no longer shows what is on disk: its folder is listed again.
-            if (outcome.error == kItemChanged && !outcome.changed)
+            if (outcome.error == kItemChanged && !outcome.changed.isValid())
                 outcome.changed = subject;
             Q_EMIT self->finished(outcome);
         });
     });
 }
 
-void FileActions::reveal(const NodePtr& node) {
+void FileActions::reveal(const ItemRef& node) {
     // Without a file manager on the bus, the folder holding the item is opened with
     // whatever the desktop opens folders with.
-    const QByteArray path = node->url;
+    const QByteArray path = node.path;
     FileManager::showItem(
         path, this, [path] { openWithDefaultFolderHandler(deletingLastPathComponent(path)); });
 }
 
-void FileActions::preview(const NodePtr& node) {
+void FileActions::preview(const ItemRef& node) {
     previewItem(node, false);
 }
 
-void FileActions::togglePreview(const NodePtr& node) {
+void FileActions::togglePreview(const ItemRef& node) {
     if (previewWindow && previewWindow->isVisible()) {
         previewWindow->close();
         return;
     }
-    if (node)
+    if (node.isValid())
         previewItem(node, true);
 }
 
-void FileActions::previewItem(const NodePtr& node, bool toggle) {
-    Previewer::showFile(node->url, toggle, this, [this, node] { showOwnPreview(node); });
+void FileActions::previewItem(const ItemRef& node, bool toggle) {
+    Previewer::showFile(node.path, toggle, this, [this, node] { showOwnPreview(node); });
 }
 
-void FileActions::showOwnPreview(const NodePtr& node) {
+void FileActions::showOwnPreview(const ItemRef& node) {
     if (previewWindow)
         previewWindow->close();
     previewWindow = new PreviewWindow(node, this);
     presentCentered(previewWindow, window ? window->screen() : nullptr);
 }
 
-void FileActions::properties(const NodePtr& node) {
-    FileManager::showItemProperties(node->url, this, [this, node] { showOwnProperties(node); });
+void FileActions::properties(const ItemRef& node) {
+    FileManager::showItemProperties(node.path, this, [this, node] { showOwnProperties(node); });
 }
 
-void FileActions::showOwnProperties(const NodePtr& node) {
+void FileActions::showOwnProperties(const ItemRef& node) {
     auto* info = new PropertiesWindow(node, this);
     infoWindows.removeAll(nullptr);
     infoWindows.append(info);
@@ -166,15 +162,15 @@ void FileActions::retranslate() {
             info->retranslate();
 }
 
-void FileActions::rename(const NodePtr& node) {
-    const QByteArray oldName = lastPathComponent(node->url);
+void FileActions::rename(const ItemRef& node) {
+    const QByteArray oldName = lastPathComponent(node.path);
     const std::optional<QString> typed = askNewName(window, editableName(oldName));
     if (!typed)
         return;
     const RenameRequest request = renameRequest(*typed, oldName);
     if (request.kind == RenameRequest::Nothing)
         return;
-    ActionOutcome outcome{FileAction::Rename, node->name()};
+    ActionOutcome outcome{FileAction::Rename, node.name};
     // A name with a slash would be a move into another folder: refused, never done.
     if (request.kind == RenameRequest::Invalid) {
         outcome.error = EINVAL;
@@ -183,23 +179,23 @@ void FileActions::rename(const NodePtr& node) {
     }
     runJob(
         node, std::move(outcome),
-        [location = locationOf(*node), newName = request.newName](const std::atomic<bool>&) {
+        [location = node.location, newName = request.newName](const std::atomic<bool>&) {
             return renameItem(location, newName);
         },
         [node](ActionOutcome& done, const Outcome<QByteArray>& newPath) {
             if (!newPath)
                 return;
             // The opened folder is opened again under its new name.
-            if (isTop(*node))
+            if (node.isRoot)
                 done.reopen = *newPath;
             else
                 done.changed = node;
         });
 }
 
-void FileActions::duplicate(const NodePtr& node) {
+void FileActions::duplicate(const ItemRef& node) {
     const QString title = t(QStringLiteral("ctx_duplicate"));
-    auto* dialog = new CopyProgressDialog(window, title, node->name());
+    auto* dialog = new CopyProgressDialog(window, title, node.name);
     auto copy = std::make_shared<TreeCopy>();
     auto* progress = new QTimer(dialog);
     connect(progress, &QTimer::timeout, dialog,
@@ -212,8 +208,8 @@ void FileActions::duplicate(const NodePtr& node) {
     });
     dialog->open();
     runJob(
-        node, {FileAction::Duplicate, node->name()},
-        [location = locationOf(*node), copy](const std::atomic<bool>& stop) {
+        node, {FileAction::Duplicate, node.name},
+        [location = node.location, copy](const std::atomic<bool>& stop) {
             copy->alsoStopOn(stop);
             return duplicateItem(location, *copy);
         },
@@ -228,51 +224,51 @@ void FileActions::duplicate(const NodePtr& node) {
         });
 }
 
-void FileActions::trash(const NodePtr& node) {
+void FileActions::trash(const ItemRef& node) {
     runJob(
-        node, {FileAction::Trash, node->name()},
-        [location = locationOf(*node)](const std::atomic<bool>&) { return trashItem(location); },
+        node, {FileAction::Trash, node.name},
+        [location = node.location](const std::atomic<bool>&) { return trashItem(location); },
         [node](ActionOutcome& done, const Outcome<QByteArray>&) {
             // Listed again either way: where the trash failed, the row stays.
             done.changed = node;
         });
 }
 
-void FileActions::copy(const NodePtr& node) {
-    QGuiApplication::clipboard()->setMimeData(fileCopyMimeData({node->url}).release());
-    Q_EMIT finished({FileAction::Copy, node->name()});
+void FileActions::copy(const ItemRef& node) {
+    QGuiApplication::clipboard()->setMimeData(fileCopyMimeData({node.path}).release());
+    Q_EMIT finished({FileAction::Copy, node.name});
 }
 
-void FileActions::copyPath(const NodePtr& node) {
+void FileActions::copyPath(const ItemRef& node) {
     // Clipboard text is Unicode: a path that is not UTF-8 goes as it is shown, each
     // byte that is not UTF-8 as U+FFFD. Copy keeps every byte (in the item's URI).
-    const QString path = displayPath(node->url);
+    const QString path = displayPath(node.path);
     QGuiApplication::clipboard()->setText(path);
-    ActionOutcome outcome{FileAction::CopyPath, node->name()};
+    ActionOutcome outcome{FileAction::CopyPath, node.name};
     outcome.detail = path;
     Q_EMIT finished(outcome);
 }
 
-void FileActions::share(const NodePtr& node) {
-    probeShareFacts(node->isDir, this, [this, node](const ShareFacts& facts) {
+void FileActions::share(const ItemRef& node) {
+    probeShareFacts(node.isFolder, this, [this, node](const ShareFacts& facts) {
         showSharePicker(node, shareServicesFor(facts));
     });
 }
 
-void FileActions::showSharePicker(const NodePtr& node, const QList<ShareService>& services) {
-    QMenu* picker = makeSharePicker(services, node->url, this, window);
-    const QPoint corner = anchorAbove ? anchorAbove(*node) : QPoint();
+void FileActions::showSharePicker(const ItemRef& node, const QList<ShareService>& services) {
+    QMenu* picker = makeSharePicker(services, node.path, this, window);
+    const QPoint corner = anchorAbove ? anchorAbove(node) : QPoint();
     // Out of the anchor's top edge: the picker sits just above it.
     picker->popup(corner - QPoint(0, picker->sizeHint().height()));
 }
 
-void FileActions::compress(const NodePtr& node) {
-    ActionOutcome start{FileAction::Compress, node->name()};
+void FileActions::compress(const ItemRef& node) {
+    ActionOutcome start{FileAction::Compress, node.name};
     start.underWay = true;
     Q_EMIT finished(start);
     runJob(
-        node, {FileAction::Compress, node->name()},
-        [location = locationOf(*node)](const std::atomic<bool>& stop) {
+        node, {FileAction::Compress, node.name},
+        [location = node.location](const std::atomic<bool>& stop) {
             return compressItem(location, stop);
         },
         [node](ActionOutcome& done, const Outcome<QByteArray>& archive) {

@@ -4,7 +4,7 @@
 #include "actions/ActionJobs.h"
 #include "actions/ActionOutcome.h"
 #include "actions/PreviewWindow.h"
-#include "core/Node.h"
+#include "core/ItemRef.h"
 #include "platform/Outcome.h"
 
 #include <QDeadlineTimer>
@@ -34,24 +34,24 @@ public:
 
     // Where the share picker hangs for an item (the top-left corner of its row, in
     // global coordinates); set by the window.
-    std::function<QPoint(const Node&)> anchorAbove;
+    std::function<QPoint(const ItemRef&)> anchorAbove;
 
     // A new menu of the actions for the item, in the language of the moment; it deletes
     // itself when closed.
-    QMenu* menuFor(const NodePtr& node, QWidget* parent);
+    QMenu* menuFor(const ItemRef& node, QWidget* parent);
 
-    void reveal(const NodePtr& node);
-    void preview(const NodePtr& node);
+    void reveal(const ItemRef& node);
+    void preview(const ItemRef& node);
     // Space: the item's preview opens, or an open one closes.
-    void togglePreview(const NodePtr& node);
-    void properties(const NodePtr& node);
-    void rename(const NodePtr& node);
-    void duplicate(const NodePtr& node);
-    void trash(const NodePtr& node);
-    void copy(const NodePtr& node);
-    void copyPath(const NodePtr& node);
-    void share(const NodePtr& node);
-    void compress(const NodePtr& node);
+    void togglePreview(const ItemRef& node);
+    void properties(const ItemRef& node);
+    void rename(const ItemRef& node);
+    void duplicate(const ItemRef& node);
+    void trash(const ItemRef& node);
+    void copy(const ItemRef& node);
+    void copyPath(const ItemRef& node);
+    void share(const ItemRef& node);
+    void compress(const ItemRef& node);
 
     // The open preview and properties windows in the language of the moment.
     void retranslate();
@@ -70,12 +70,12 @@ private:
     // Runs the job on its own thread; its outcome comes back here, to be completed by
     // `complete` and reported. Where the subject turned out changed on disk, its folder
     // is listed again.
-    void runJob(const NodePtr& subject, ActionOutcome outcome, Job job,
+    void runJob(const ItemRef& subject, ActionOutcome outcome, Job job,
                 std::function<void(ActionOutcome&, const Outcome<QByteArray>&)> complete = {});
-    void previewItem(const NodePtr& node, bool toggle);
-    void showOwnPreview(const NodePtr& node);
-    void showOwnProperties(const NodePtr& node);
-    void showSharePicker(const NodePtr& node, const QList<ShareService>& services);
+    void previewItem(const ItemRef& node, bool toggle);
+    void showOwnPreview(const ItemRef& node);
+    void showOwnProperties(const ItemRef& node);
+    void showSharePicker(const ItemRef& node, const QList<ShareService>& services);
 
     QWidget* const window;
     ActionJobs jobs;

@@ -14,22 +14,22 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
-PreviewWindow::PreviewWindow(const NodePtr& node, QObject* owner) : item(node) {
-    setUpItemWindow(this, node->name(), owner);
+PreviewWindow::PreviewWindow(const ItemRef& node, QObject* owner) : item(node) {
+    setUpItemWindow(this, node.name, owner);
     // Space closes as it opened: the key toggles the preview.
     auto* space = new QShortcut(QKeySequence(Qt::Key_Space), this);
     connect(space, &QShortcut::activated, this, &QWidget::close);
     resize(kImageFit + QSize(24, 24));
     body = new QVBoxLayout(this);
     body->setContentsMargins(12, 12, 12, 12);
-    content.mimeType = node->isDir ? QStringLiteral("inode/directory")
-                                   : QStringLiteral("application/octet-stream");
+    content.mimeType = node.isFolder ? QStringLiteral("inode/directory")
+                                     : QStringLiteral("application/octet-stream");
     shown = makeSummary();
     body->addWidget(shown);
 
     const QSize fit = kImageFit * devicePixelRatioF();
     runInBackground<PreviewContent>(
-        this, [path = node->url, fit] { return loadPreview(path, fit); },
+        this, [path = node.path, fit] { return loadPreview(path, fit); },
         [this](PreviewContent read) { showContent(read); });
 }
 
@@ -40,9 +40,9 @@ QWidget* PreviewWindow::makeSummary() {
     column->addStretch(1);
     QLabel* icon = makePlainLabel(QString(), summary);
     icon->setPixmap(iconForMimeType(content.mimeType).pixmap(QSize(128, 128)));
-    icon->setAccessibleName(item->name());
+    icon->setAccessibleName(item.name);
     column->addWidget(icon, 0, Qt::AlignHCenter);
-    QLabel* name = makePlainLabel(item->name(), summary);
+    QLabel* name = makePlainLabel(item.name, summary);
     name->setFont(uiFont(15, QFont::DemiBold));
     name->setWordWrap(true);
     name->setAlignment(Qt::AlignHCenter);
@@ -69,7 +69,7 @@ void PreviewWindow::showContent(const PreviewContent& loaded) {
         QLabel* image = makePlainLabel(QString(), this);
         image->setPixmap(pixmap);
         image->setAlignment(Qt::AlignCenter);
-        image->setAccessibleName(item->name());
+        image->setAccessibleName(item.name);
         next = image;
         break;
     }
@@ -79,7 +79,7 @@ void PreviewWindow::showContent(const PreviewContent& loaded) {
         text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
         text->setFont(monoFont(12));
         text->setPlainText(content.text);
-        text->setAccessibleName(item->name());
+        text->setAccessibleName(item.name);
         next = text;
         break;
     }
@@ -107,5 +107,5 @@ void PreviewWindow::retranslate() {
     if (typeLabel)
         typeLabel->setText(describeIn(content.typeNames, Loc::current));
     if (sizeLabel)
-        sizeLabel->setText(humanSize(item->size()));
+        sizeLabel->setText(humanSize(item.size));
 }

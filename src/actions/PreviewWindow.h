@@ -2,7 +2,7 @@
 #pragma once
 
 #include "actions/PreviewContent.h"
-#include "core/Node.h"
+#include "core/ItemRef.h"
 
 #include <QDialog>
 
@@ -17,9 +17,9 @@ class QVBoxLayout;
 class PreviewWindow : public QDialog {
     Q_OBJECT
 public:
-    PreviewWindow(const NodePtr& node, QObject* owner);
+    PreviewWindow(const ItemRef& node, QObject* owner);
 
-    const NodePtr& node() const { return item; }
+    const ItemRef& node() const { return item; }
     // The type and size texts in the current language.
     void retranslate();
 
@@ -30,7 +30,7 @@ private:
     void showContent(const PreviewContent& content);
     QWidget* makeSummary();
 
-    const NodePtr item;
+    const ItemRef item;
     PreviewContent content;
     QVBoxLayout* body = nullptr;
     QWidget* shown = nullptr;

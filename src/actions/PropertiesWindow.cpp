@@ -4,6 +4,7 @@
 #include "actions/ItemWindowParts.h"
 #include "platform/BackgroundJob.h"
 #include "platform/MimeComments.h"
+#include "platform/Paths.h"
 #include "text/LangLocale.h"
 #include "text/SizeText.h"
 #include "ui/PlainText.h"
@@ -29,8 +30,8 @@ struct ReadFacts {
 
 } // namespace
 
-PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(node) {
-    setUpItemWindow(this, node->name(), owner);
+PropertiesWindow::PropertiesWindow(const ItemRef& node, QObject* owner) : item(node) {
+    setUpItemWindow(this, node.name, owner);
     setMinimumWidth(460);
 
     auto* column = new QVBoxLayout(this);
@@ -39,11 +40,11 @@ PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(n
     auto* header = new QHBoxLayout;
     header->setSpacing(10);
     QLabel* icon = makePlainLabel(QString(), this);
-    icon->setPixmap(iconForMimeType(node->isDir ? QStringLiteral("inode/directory")
-                                                : QStringLiteral("application/octet-stream"))
+    icon->setPixmap(iconForMimeType(node.isFolder ? QStringLiteral("inode/directory")
+                                                  : QStringLiteral("application/octet-stream"))
                         .pixmap(QSize(48, 48)));
     header->addWidget(icon);
-    QLabel* name = makePlainLabel(node->name(), this);
+    QLabel* name = makePlainLabel(node.name, this);
     name->setFont(uiFont(15, QFont::DemiBold));
     name->setWordWrap(true);
     name->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
@@ -58,7 +59,7 @@ PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(n
     column->addStretch(1);
     for (Field field : {Path, Type, SizeOnDisk, ApparentSize})
         addField(field);
-    if (node->isDir)
+    if (node.isFolder)
         addField(Items);
     for (Field field : {Modified, Changed, Accessed, Owner, Group, Permissions})
         addField(field);
@@ -66,7 +67,7 @@ PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(n
 
     runInBackground<ReadFacts>(
         this,
-        [path = node->url] {
+        [path = node.path] {
             ReadFacts read{readItemFacts(path), {}};
             read.typeNames = mimeComments(read.facts.mimeType);
             return read;
@@ -75,9 +76,9 @@ PropertiesWindow::PropertiesWindow(const NodePtr& node, QObject* owner) : item(n
             icon->setPixmap(iconForMimeType(read.facts.mimeType).pixmap(QSize(48, 48)));
             showFacts(read.facts, read.typeNames);
         });
-    if (node->isDir)
+    if (node.isFolder)
         runInBackground<std::optional<FolderTally>>(
-            this, [path = node->url, stop = stopCounting] { return tallyFolder(path, *stop); },
+            this, [path = node.path, stop = stopCounting] { return tallyFolder(path, *stop); },
             [this](std::optional<FolderTally> counted) {
                 tally = counted;
                 retranslate();
@@ -111,7 +112,7 @@ void PropertiesWindow::retranslate() {
     const QLocale locale = localeFor(Loc::current);
     const QString calculating = t(QStringLiteral("calculating"));
     QString texts[FieldCount];
-    texts[Path] = displayPath(item->url);
+    texts[Path] = displayPath(item.path);
     for (Field field : {Type, SizeOnDisk, ApparentSize, Items, Modified, Changed, Accessed, Owner,
                         Group, Permissions, LinkTarget})
         texts[field] = calculating;
@@ -124,7 +125,7 @@ void PropertiesWindow::retranslate() {
         texts[Type] = describeIn(typeNames, Loc::current);
         if (texts[Type].isEmpty())
             texts[Type] = facts->mimeType;
-        if (!item->isDir) {
+        if (!item.isFolder) {
             texts[SizeOnDisk] = humanSize(facts->allocatedBytes);
             texts[ApparentSize] = humanSize(facts->apparentBytes);
         }
@@ -138,7 +139,7 @@ void PropertiesWindow::retranslate() {
                              QLatin1Char(')');
         texts[LinkTarget] = displayPath(facts->linkTarget);
     }
-    if (item->isDir && tally) {
+    if (item.isFolder && tally) {
         texts[SizeOnDisk] = humanSize(tally->allocatedBytes);
         texts[ApparentSize] = humanSize(tally->apparentBytes);
         texts[Items] = locale.toString(tally->items);

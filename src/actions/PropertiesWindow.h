@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "core/Node.h"
+#include "core/ItemRef.h"
 #include "platform/ItemFacts.h"
 
 #include <QDialog>
@@ -22,7 +22,7 @@ class QLabel;
 class PropertiesWindow : public QDialog {
     Q_OBJECT
 public:
-    PropertiesWindow(const NodePtr& node, QObject* owner);
+    PropertiesWindow(const ItemRef& node, QObject* owner);
     ~PropertiesWindow() override;
 
     // Every label and value in the current language.
@@ -51,7 +51,7 @@ private:
     void addField(Field field);
     void showFacts(const ItemFacts& read, const QHash<QString, QString>& typeNames);
 
-    const NodePtr item;
+    const ItemRef item;
     QFormLayout* form = nullptr;
     QLabel* titles[FieldCount] = {};
     QLabel* values[FieldCount] = {};

@@ -16,6 +16,8 @@ AppController::AppController(QObject* parent)
     : QObject(parent), tree(std::make_unique<SizeTree>()),
       mainWindow(std::make_unique<MainWindow>(*tree)), menu(new MainMenu) {
     mainWindow->setMenuBar(menu);
+    menu->setViewActions(mainWindow->viewActions());
+    tree->setCountMounts(PreferencesWindow::countsMounts());
     connect(menu, &MainMenu::aboutRequested, this, &AppController::showAbout);
     connect(menu, &MainMenu::preferencesRequested, this, &AppController::showPreferences);
 }
@@ -48,7 +50,14 @@ void AppController::showAbout() {
 }
 
 void AppController::showPreferences() {
-    if (!preferences)
+    if (!preferences) {
         preferences = std::make_unique<PreferencesWindow>();
+        // The open folder is walked again the way it now counts.
+        connect(preferences.get(), &PreferencesWindow::countMountsChanged, tree.get(),
+                [tree = tree.get()](bool count) {
+                    tree->setCountMounts(count);
+                    tree->refresh();
+                });
+    }
     presentCentered(preferences.get(), mainWindow->screen());
 }

@@ -1,126 +1,158 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "core/MeasureEngine.h"
-#include "core/Node.h"
+#include "core/IndexWalk.h"
+#include "core/ItemRef.h"
+#include "core/SizeIndex.h"
 #include "platform/MainThreadInbox.h"
-#include "platform/StopFlag.h"
 
+#include <QDateTime>
 #include <QDeadlineTimer>
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <memory>
 #include <optional>
 #include <vector>
 
 class QThreadPool;
 class TreeDisplay;
+class WalkEngine;
 
-// The size tree of the opened folder: its nodes, the engine that measures them and the
-// hand-off of results to whatever shows the tree. A folder is listed when it is first
-// shown, by one walk that also measures its children; each level is put largest-first
-// once its sizes are in.
+// The size tree of the opened folder: one walk keeps an index of everything below it,
+// and every folder below is then shown from the index without walking it again. A
+// folder's rows come as it is listed; each level is put largest-first once its sizes
+// are in. After a change on disk only the folder that changed is walked again, and its
+// ancestors' totals move by the difference.
 class SizeTree : public QObject {
     Q_OBJECT
 public:
     explicit SizeTree(QObject* parent = nullptr);
-    // Stops every walk; waits for the workers until the deadline at most.
+    // Stops every walk; waits for the workers until the quit deadline at most.
     ~SizeTree() override;
 
-    // Makes the folder the root of a new tree and starts measuring it.
+    // Makes the folder the root. An index that already holds it, fully measured, is kept
+    // and shown from there; otherwise a new one is made by a walk of the folder.
     void open(const QByteArray& path);
-    const NodePtr& root() const { return rootNode; }
-    // Lists an unlisted folder and measures its children, in one walk of its tree.
-    void ensureListed(const NodePtr& node);
-    // Re-measures the node, then each ancestor in turn up to the root.
-    void recompute(const NodePtr& node);
-    // After a change on disk: lists the node's folder afresh and re-measures it upwards.
-    void refreshParent(const NodePtr& node);
+    // Walks the opened folder again, into a new index.
+    void refresh();
+    // Ends every walk at once: what is not measured is marked as what was found so far.
+    void stop();
+    // A walk of the opened folder (or of a folder in it) runs.
+    bool isWalking() const;
+    // The opened folder is measured anew: opened or refreshed, not walked again in
+    // part after a change.
+    bool isWalkingRoot() const;
 
+    const std::shared_ptr<SizeIndex>& index() const { return tree; }
+    // The opened folder's entry, none before a folder is opened.
+    EntryId root() const { return top; }
+    // The opened folder's path.
+    QByteArray rootPath() const;
+    ItemRef itemAt(EntryId id) const;
+
+    // The display shows the folder's rows, the first `count` of its listing: what the
+    // index holds is used at once, and the folder is walked again in the background
+    // should its listing have changed since.
+    void rowsShown(EntryId folder, size_t count);
+    // After a change on disk: the item's folder is walked again (the opened folder when
+    // the item is the opened folder itself, which is then opened again).
+    void refreshParent(const ItemRef& item);
+    // Walks the folder again, in place.
+    void refreshFolder(EntryId folder);
+
+    // How far the walk of the opened folder has got.
+    quint64 itemsWalked() const;
+    qint64 bytesFound() const;
+    // When the opened folder's walk last ended complete.
+    const QDateTime& measuredAt() const { return completedAt; }
+    // The walk was stopped before its end.
+    bool wasStopped() const { return stopped; }
+
+    // Volumes mounted inside are counted (du -sk) or left out (du -skx); applies from
+    // the next walk on.
+    void setCountMounts(bool count) { options.countMounts = count; }
     // Whatever shows the tree (the outline's model); none by default.
     void setDisplay(TreeDisplay* display);
     // How long the destructor may wait for workers caught in a file system.
     void setQuitDeadline(QDeadlineTimer deadline);
     // The workers' pool, for tests that need to see what it holds.
     QThreadPool& workers() const { return *sizeQueue; }
+    // Workers reading folders now, for tests and benchmarks.
+    int busyWorkers() const;
 
 Q_SIGNALS:
     // A new root, not measured yet.
-    void rootOpened(const NodePtr& root);
-    // The root's total and listing are in for the first time.
-    void rootMeasured(const NodePtr& root);
+    void rootOpened();
+    // The root's total is in: its first walk ended, or was stopped.
+    void rootMeasured();
+    // A walk started or ended.
+    void walkingChanged(bool walking);
 
 private:
-    // A folder's listing walk arrives through its receiver, in this order: entries, the
-    // end of the listing, then each child folder's size as its subtree is done, and the
-    // folder's own total last.
-    friend class ListingReceiver;
-    void applyListedEntries(const NodePtr& folder, const std::vector<WalkEntry>& entries);
-    void applyChildSize(const NodePtr& folder, size_t index, qint64 size);
-    // Tells the display of the rows listed since the last time that are due: a small
-    // level's at once; a large level's once it has grown enough or its rows have waited
-    // long enough; a level's last rows when its listing has ended.
-    // True when it told the display of any.
-    bool announceNewRows();
-    // Some listed rows are due to be announced. Rows held back get a look when their
-    // time is up, even if no more results come.
-    bool rowsDueForAnnouncement();
-    // The folder's rows listed so far are announced next time, however few.
-    void rowsDueNow(const Node& folder);
-    void lookAtHeldRowsInTime();
-    // The rows due are announced and laid out, in one pass of the event loop.
-    void showDueRows();
-    void applyListingEnd(const NodePtr& folder);
-    void applyFolderTotal(const NodePtr& folder, qint64 size);
-    // One of the folder's outstanding measurements (or its listing) is in: once none
-    // is left, the level is sorted largest first over the event loop's next two turns.
-    void settleOneMeasurement(const NodePtr& folder);
-    // The folder's listing is still the one made under `wanted`.
-    bool isCurrentListing(const NodePtr& folder, const StopFlagPtr& wanted) const;
-    // Moves the level's children to their places, unless the listing they were
-    // measured for is gone.
-    void sortLevel(const NodePtr& folder, const StopFlagPtr& wanted,
-                   const std::vector<int>& places);
-    void applyRootTotal(const NodePtr& root);
-    // Stops the folder's current listing walk and every walk of the listings below it.
-    void dropListingWork(const Node& folder);
-    // Stops every walk and measurement of the tree on screen.
-    void dropTreeWork();
-    bool isShown(const Node& node) const;
-
-    NodePtr rootNode;
-    // Runs every measurement; at most six at once.
-    QThreadPool* const sizeQueue;
-    TreeDisplay* display = nullptr;
-    // Until when the destructor waits for workers: two seconds from then unless set.
-    std::optional<QDeadlineTimer> quitDeadline;
-    // Stopped when the tree goes: no measurement starts after that, and the du
-    // children still running are ended.
-    const StopFlagPtr lifeFlag;
-    // The work of the tree on screen; replaced, and the old one stopped, on every open.
-    StopFlagPtr treeFlag;
-    // Each listed folder's walk (none for the first millisecond), with the flag that
-    // says whether its results are still wanted (stopped with the listing above it).
-    struct Listing {
-        StopFlagPtr wanted;
-        std::shared_ptr<WalkTicket> walk;
+    class Listener;
+    friend class Listener;
+    using Tag = std::shared_ptr<const int>;
+    struct Walk {
+        std::shared_ptr<IndexWalk> walk;
+        Tag tag;
+        // The totals the folder had before, to move its ancestors by the difference.
+        qint64 oldBlocks = 0, oldApparent = 0, oldItems = 0, oldUnreadable = 0;
+        // Walked again in place, rather than a new index's first walk.
+        bool splice = false;
     };
-    QHash<const Node*, Listing> listings;
-    // Measurements started by recompute, one per node at most.
-    QHash<const Node*, Listing> remeasures;
-    // Measures every size; its walks run on sizeQueue.
-    std::unique_ptr<MeasureEngine> engine;
-    // Brings the engine's results to the main thread in slices.
+    // A walk of the folder it overtakes, if any, gives the totals it had before.
+    void startWalk(EntryId folder, const std::optional<Walk>& overtaken = std::nullopt);
+    // Results of the walk of `walked` made under `tag`, dropped unless it is still the
+    // folder's walk.
+    void applyListed(EntryId walked, EntryId folder, const Tag& tag);
+    void applyMeasured(EntryId walked, EntryId folder, const Tag& tag);
+    void applyEnded(EntryId walked, const Tag& tag);
+    bool isCurrent(EntryId walked, const Tag& tag) const;
+    void dropWalks();
+    // What a stopped walk left: each folder not measured below `folder` gets what was
+    // found so far, as at least its total.
+    void markPartial(EntryId folder);
+    EntryId findBelow(EntryId folder, const QByteArray& relative) const;
+
+    // Rows: new ones are announced in batches, and a level is sorted over two turns of
+    // the event loop once its sizes are in (SizeTreeRows.cpp).
+    void noteListed(EntryId folder);
+    bool announceNewRows();
+    bool rowsDueForAnnouncement();
+    void rowsDueNow(EntryId folder);
+    void lookAtHeldRowsInTime();
+    void showDueRows();
+    void sortWhenMeasured(EntryId folder);
+    void sortLevel(EntryId folder, const std::shared_ptr<SizeIndex>& sorted,
+                   const std::vector<EntryId>& order);
+
+    std::shared_ptr<SizeIndex> tree;
+    EntryId top = kNoEntry;
+    // Runs every walk's workers; at most six at once.
+    QThreadPool* const sizeQueue;
+    std::unique_ptr<WalkEngine> engine;
+    TreeDisplay* display = nullptr;
+    WalkOptions options;
+    std::optional<QDeadlineTimer> quitDeadline;
+    // The walks running, by the folder they walk.
+    QHash<EntryId, Walk> walks;
+    // Rows the display has of each folder, as far as they were announced.
+    QHash<EntryId, size_t> announced;
+    // Brings the walks' results to the main thread in slices.
     const std::shared_ptr<MainThreadInbox> inbox;
-    // Folders with rows listed but not yet announced, the first of those rows, and how
-    // long they may still wait (none once the listing has ended).
+    // Folders with rows listed but not yet announced, and how long they may still wait
+    // (none once their listing has ended).
     struct Unannounced {
-        NodePtr folder;
-        size_t first;
+        EntryId folder;
         QDeadlineTimer held;
     };
     std::vector<Unannounced> unannounced;
     bool isDue(const Unannounced& run) const;
     // A look at the rows held back is due.
     bool heldRowsTimed = false;
+    // Folders to walk again once the walk they are in is over.
+    QSet<EntryId> pendingRefresh;
+    QDateTime completedAt;
+    bool stopped = false;
 };

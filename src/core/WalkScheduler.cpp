@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "core/WalkScheduler.h"
 
-#include "core/FolderWalk.h"
+#include "core/IndexWalk.h"
 #include "core/RevocableJobs.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 WalkScheduler::WalkScheduler(QThreadPool* pool, int workers)
     : workers(workers), jobs(std::make_shared<RevocableJobs>(pool)) {}
 
-void WalkScheduler::begin(const std::shared_ptr<FolderWalk>& walk) {
+void WalkScheduler::begin(const std::shared_ptr<IndexWalk>& walk) {
     std::unique_lock held(lock);
     if (stopping)
         return;
@@ -19,7 +19,7 @@ void WalkScheduler::begin(const std::shared_ptr<FolderWalk>& walk) {
     addWorkers(held, 1);
 }
 
-void WalkScheduler::queue(const std::shared_ptr<FolderWalk>& walk,
+void WalkScheduler::queue(const std::shared_ptr<IndexWalk>& walk,
                           std::vector<std::shared_ptr<WalkDir>>& dirs) {
     std::unique_lock held(lock);
     // A cancelled walk has left the list; what it still finds goes nowhere.
@@ -42,7 +42,7 @@ void WalkScheduler::addWorkers(std::unique_lock<std::mutex>& held, size_t wanted
         jobs->post([self = shared_from_this()] { self->work(); });
 }
 
-bool WalkScheduler::take(std::shared_ptr<FolderWalk>& walk, std::shared_ptr<WalkDir>& dir) {
+bool WalkScheduler::take(std::shared_ptr<IndexWalk>& walk, std::shared_ptr<WalkDir>& dir) {
     for (auto newest = walks.rbegin(); newest != walks.rend(); ++newest) {
         std::vector<std::shared_ptr<WalkDir>>& queued = (*newest)->queued;
         if (queued.empty())
@@ -56,9 +56,9 @@ bool WalkScheduler::take(std::shared_ptr<FolderWalk>& walk, std::shared_ptr<Walk
 }
 
 void WalkScheduler::work() {
-    const std::unique_ptr<char[]> buffer(new char[FolderWalk::bufferSize]);
+    const std::unique_ptr<char[]> buffer(new char[IndexWalk::bufferSize]);
     for (;;) {
-        std::shared_ptr<FolderWalk> walk;
+        std::shared_ptr<IndexWalk> walk;
         std::shared_ptr<WalkDir> dir;
         {
             std::lock_guard guard(lock);
@@ -72,37 +72,42 @@ void WalkScheduler::work() {
     }
 }
 
-std::shared_ptr<FolderWalk> WalkScheduler::remove(FolderWalk& walk) {
+std::shared_ptr<IndexWalk> WalkScheduler::remove(IndexWalk& walk) {
     std::lock_guard guard(lock);
     const auto found = std::find_if(walks.begin(), walks.end(),
                                     [&](const auto& active) { return active.get() == &walk; });
     if (found == walks.end())
         return nullptr;
-    std::shared_ptr<FolderWalk> removed = std::move(*found);
+    std::shared_ptr<IndexWalk> removed = std::move(*found);
     walks.erase(found);
     return removed;
 }
 
-void WalkScheduler::drop(FolderWalk& walk) {
+void WalkScheduler::drop(IndexWalk& walk) {
     // Let go outside the lock: the last reference may take a receiver with it.
     std::vector<std::shared_ptr<WalkDir>> queued;
-    const std::shared_ptr<FolderWalk> removed = remove(walk);
+    const std::shared_ptr<IndexWalk> removed = remove(walk);
     std::lock_guard guard(lock);
     queued.swap(walk.queued);
 }
 
-void WalkScheduler::retire(FolderWalk& walk) {
+void WalkScheduler::retire(IndexWalk& walk) {
     remove(walk);
 }
 
+int WalkScheduler::busy() const {
+    std::lock_guard guard(lock);
+    return running;
+}
+
 void WalkScheduler::shutDown(QDeadlineTimer deadline) {
-    std::vector<std::shared_ptr<FolderWalk>> active;
+    std::vector<std::shared_ptr<IndexWalk>> active;
     {
         std::lock_guard guard(lock);
         stopping = true;
         active = walks;
     }
-    for (const std::shared_ptr<FolderWalk>& walk : active)
+    for (const std::shared_ptr<IndexWalk>& walk : active)
         walk->cancel();
     const int revoked = jobs->revokeWaiting();
     std::unique_lock held(lock);

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <vector>
 
-class FolderWalk;
+class IndexWalk;
 class QThreadPool;
 class RevocableJobs;
 struct WalkDir;
@@ -21,14 +21,15 @@ public:
     WalkScheduler(QThreadPool* pool, int workers);
 
     // A new walk, its own folder first.
-    void begin(const std::shared_ptr<FolderWalk>& walk);
+    void begin(const std::shared_ptr<IndexWalk>& walk);
     // More folders of a walk; taken from `dirs`. Dropped when the walk is cancelled.
-    void queue(const std::shared_ptr<FolderWalk>& walk,
-               std::vector<std::shared_ptr<WalkDir>>& dirs);
+    void queue(const std::shared_ptr<IndexWalk>& walk, std::vector<std::shared_ptr<WalkDir>>& dirs);
     // The walk is cancelled: its queued folders go.
-    void drop(FolderWalk& walk);
+    void drop(IndexWalk& walk);
     // The walk has ended.
-    void retire(FolderWalk& walk);
+    void retire(IndexWalk& walk);
+    // Workers reading folders now.
+    int busy() const;
     // Cancels every walk and returns once no worker runs, or at the deadline when a
     // worker is caught in the file system.
     void shutDown(QDeadlineTimer deadline);
@@ -37,15 +38,15 @@ private:
     // Starts up to `wanted` more workers, never more than the set number in all.
     void addWorkers(std::unique_lock<std::mutex>& held, size_t wanted);
     void work();
-    bool take(std::shared_ptr<FolderWalk>& walk, std::shared_ptr<WalkDir>& dir);
-    std::shared_ptr<FolderWalk> remove(FolderWalk& walk);
+    bool take(std::shared_ptr<IndexWalk>& walk, std::shared_ptr<WalkDir>& dir);
+    std::shared_ptr<IndexWalk> remove(IndexWalk& walk);
 
     const int workers;
     const std::shared_ptr<RevocableJobs> jobs;
-    std::mutex lock;
+    mutable std::mutex lock;
     std::condition_variable allStopped;
     // Oldest first.
-    std::vector<std::shared_ptr<FolderWalk>> walks;
+    std::vector<std::shared_ptr<IndexWalk>> walks;
     // Workers started and not yet ended.
     int running = 0;
     bool stopping = false;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "platform/DirectoryReader.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <sys/syscall.h>
@@ -22,8 +23,18 @@ bool isDotOrDotDot(const char* name) {
 
 } // namespace
 
+namespace {
+std::atomic<quint64> readersMade{0};
+} // namespace
+
 DirectoryReader::DirectoryReader(int fd, char* buffer, size_t capacity)
-    : fd(fd), buffer(buffer), capacity(capacity) {}
+    : fd(fd), buffer(buffer), capacity(capacity) {
+    readersMade.fetch_add(1, std::memory_order_relaxed);
+}
+
+quint64 DirectoryReader::foldersRead() {
+    return readersMade.load(std::memory_order_relaxed);
+}
 
 bool DirectoryReader::readBatch() {
     long n = 0;
@@ -31,6 +42,7 @@ bool DirectoryReader::readBatch() {
         n = syscall(SYS_getdents64, fd, buffer, capacity);
     while (n < 0 && errno == EINTR);
     filled = n > 0 ? n : 0;
+    error = n < 0 ? errno : 0;
     offset = 0;
     return n > 0;
 }

@@ -62,6 +62,18 @@ QList<MountEntry> browsableLocalMounts(const MountTableFiles& files) {
     return mounts;
 }
 
+std::optional<QByteArray> mountSourceAt(const QByteArray& mountPoint,
+                                        const MountTableFiles& files) {
+    const TablePtr table = readMountInfo(files.mountInfo);
+    if (!table)
+        return std::nullopt;
+    // The last one mounted there is the one seen.
+    libmnt_fs* fs = mnt_table_find_target(table.get(), mountPoint.constData(), MNT_ITER_BACKWARD);
+    if (!fs || !mnt_fs_get_source(fs))
+        return std::nullopt;
+    return QByteArray(mnt_fs_get_source(fs));
+}
+
 VolumeInfo unansweredVolume(const MountEntry& mount) {
     VolumeInfo volume;
     volume.mountPoint = mount.mountPoint;

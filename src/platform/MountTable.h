@@ -39,6 +39,11 @@ struct VolumeInfo {
 // Empty when the table cannot be read.
 QList<MountEntry> browsableLocalMounts(const MountTableFiles& files = {});
 
+// What is mounted at the mount point (a device, "tmpfs", a server's share), from the
+// mount table alone; none when nothing is mounted there.
+std::optional<QByteArray> mountSourceAt(const QByteArray& mountPoint,
+                                        const MountTableFiles& files = {});
+
 // One mount's name, capacity and kind of disk, as the volume itself tells them. Blocks
 // for as long as the volume takes to answer, which may be for ever (a FUSE program
 // that hangs): never call it on the main thread.

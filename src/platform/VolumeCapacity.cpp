@@ -8,5 +8,6 @@ std::optional<VolumeCapacity> volumeCapacity(const QByteArray& mountPoint) {
     if (statvfs(mountPoint.constData(), &info) != 0)
         return std::nullopt;
     return VolumeCapacity{qint64(info.f_blocks * info.f_frsize),
-                          qint64(info.f_bavail * info.f_frsize)};
+                          qint64(info.f_bavail * info.f_frsize),
+                          qint64((info.f_blocks - info.f_bfree) * info.f_frsize)};
 }

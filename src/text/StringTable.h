@@ -8,4 +8,4 @@ struct StringRow {
     std::array<const char*, 9> texts; // UTF-8, in Lang order
 };
 
-extern const std::array<StringRow, 60> kStringRows;
+extern const std::array<StringRow, 73> kStringRows;

@@ -3,9 +3,6 @@
 
 #include <QString>
 
-class Node;
-
-// The share cell: the node's size over its folder's total as a bar and percentage.
-// While the folder's own total is unknown or zero, the known sizes of all its
-// children stand in for it; empty for the root, an unknown size or a zero total.
-QString shareText(const Node& node);
+// The share cell: a size over its folder's total as a bar and percentage; empty for an
+// unknown size or a total below one byte.
+QString shareText(qint64 size, qint64 total);

@@ -1,108 +1,123 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "views/TreeModel.h"
 
+#include "core/LevelOrder.h"
 #include "core/SizeTree.h"
+#include "platform/MountTable.h"
+#include "platform/Paths.h"
 #include "text/Lang.h"
 #include "text/SizeText.h"
 #include "ui/Style.h"
 #include "ui/UiFont.h"
 #include "views/ShareText.h"
 
-#include <QFontDatabase>
+#include <QTimer>
+#include <utility>
 
 TreeModel::TreeModel(SizeTree& tree, QObject* parent) : QAbstractItemModel(parent), tree(tree) {}
 
-void TreeModel::setExpanded(const QModelIndex& index, bool open) {
-    const Node* node = nodeOf(index);
-    if (!node)
-        return;
-    if (!open) {
-        expanded.remove(node);
-        return;
+struct TreeModel::ChangeUnderWay {
+    explicit ChangeUnderWay(TreeModel& model) : model(model) { ++model.changesUnderWay; }
+    ~ChangeUnderWay() {
+        if (--model.changesUnderWay == 0 && !model.fetchWhenDone.isEmpty())
+            QTimer::singleShot(0, &model, &TreeModel::fetchWaitingRows);
     }
-    expanded.insert(node);
-    // A folder that finished sorting while closed shows its sorted order when opened.
-    if (const NodePtr folder = nodeAt(index))
-        redrawRowAndChildren(folder);
+    TreeModel& model;
+};
+
+void TreeModel::fetchWaitingRows() {
+    const QSet<EntryId> waiting = std::exchange(fetchWhenDone, {});
+    for (const EntryId folder : waiting)
+        fetchMore(indexOf(folder));
 }
 
-void TreeModel::resetRoot() {
+void TreeModel::showNewRoot(const std::shared_ptr<const SizeIndex>& rows, EntryId top) {
     beginResetModel();
-    exposed.clear();
+    levels.clear();
     expanded.clear();
-    root = tree.root();
+    shown = rows;
+    root = top;
     // Views and testers walk the model while the reset is announced; nothing is
-    // listed then, the root's listing comes when its row is opened.
+    // exposed then. The root is always open: its rows come right after, whether or not
+    // a view has asked for them yet.
     resetting = true;
     endResetModel();
     resetting = false;
+    if (!shown)
+        return;
+    exposeChildren(root, index(0, 0));
+    expanded.insert(root);
+    Q_EMIT openWanted(index(0, 0));
 }
 
-void TreeModel::showNewRoot(const NodePtr&) {
-    resetRoot();
-    if (root)
-        Q_EMIT openWanted(index(0, 0));
+EntryId TreeModel::entryAt(const QModelIndex& index) const {
+    return index.isValid() ? EntryId(index.internalId()) : kNoEntry;
 }
 
-Node* TreeModel::nodeOf(const QModelIndex& index) const {
-    return index.isValid() ? static_cast<Node*>(index.internalPointer()) : nullptr;
+ItemRef TreeModel::itemAt(const QModelIndex& index) const {
+    return index.isValid() ? itemRefOf(shown, root, entryAt(index)) : ItemRef();
 }
 
-int TreeModel::exposedRows(const Node& folder) const {
-    return exposed.of(folder);
+void TreeModel::setExpanded(const QModelIndex& index, bool open) {
+    const EntryId id = entryAt(index);
+    if (id == kNoEntry)
+        return;
+    if (!open) {
+        expanded.remove(id);
+        return;
+    }
+    expanded.insert(id);
+    // A folder that finished sorting while closed shows its sorted order when opened.
+    redrawRowAndChildren(id);
 }
 
-NodePtr TreeModel::nodeAt(const QModelIndex& index) const {
-    const Node* node = nodeOf(index);
-    if (!node)
+int TreeModel::rowOf(EntryId id) const {
+    if (id == root)
+        return 0;
+    const auto level = levels.constFind(shown->parent(id));
+    if (level == levels.cend())
+        return -1;
+    if (const auto folder = level->folderRows.constFind(id); folder != level->folderRows.cend())
+        return *folder;
+    // A file: looked for in its level, which only a redraw of one row asks for.
+    const auto found = std::ranges::find(level->rows, id);
+    return found == level->rows.end() ? -1 : int(found - level->rows.begin());
+}
+
+QModelIndex TreeModel::indexOf(EntryId id, int column) const {
+    if (!shown || id == kNoEntry)
         return {};
-    if (node == root.get())
-        return root;
-    const NodePtr folder = node->parent.lock();
-    const size_t row = size_t(index.row());
-    if (!folder || !folder->children || row >= folder->children->size() ||
-        (*folder->children)[row].get() != node)
-        return {};
-    return (*folder->children)[row];
-}
-
-QModelIndex TreeModel::indexOf(const Node& node, int column) const {
-    if (&node == root.get())
-        return createIndex(0, column, root.get());
-    const NodePtr folder = node.parent.lock();
-    if (!folder || node.indexInParent >= exposedRows(*folder))
-        return {};
-    // A node of a discarded listing may still be held by work on its way; it has no row.
-    if ((*folder->children)[size_t(node.indexInParent)].get() != &node)
-        return {};
-    return createIndex(node.indexInParent, column, &node);
+    const int row = rowOf(id);
+    return row < 0 ? QModelIndex() : createIndex(row, column, quintptr(id));
 }
 
 QModelIndex TreeModel::index(int row, int column, const QModelIndex& parent) const {
-    if (column < 0 || column >= ColumnCount || row < 0)
+    if (column < 0 || column >= ColumnCount || row < 0 || !shown)
         return {};
     if (!parent.isValid())
-        return row == 0 && root ? createIndex(0, column, root.get()) : QModelIndex();
-    const Node* folder = nodeOf(parent);
-    if (parent.column() != NameColumn || row >= exposedRows(*folder))
+        return row == 0 ? createIndex(0, column, quintptr(root)) : QModelIndex();
+    if (parent.column() != NameColumn)
         return {};
-    return createIndex(row, column, (*folder->children)[size_t(row)].get());
+    const auto level = levels.constFind(entryAt(parent));
+    if (level == levels.cend() || size_t(row) >= level->rows.size())
+        return {};
+    return createIndex(row, column, quintptr(level->rows[size_t(row)]));
 }
 
 QModelIndex TreeModel::parent(const QModelIndex& child) const {
-    const Node* node = nodeOf(child);
-    if (!node || node == root.get())
+    const EntryId id = entryAt(child);
+    if (id == kNoEntry || id == root)
         return {};
-    const NodePtr folder = node->parent.lock();
-    return folder ? indexOf(*folder) : QModelIndex();
+    return indexOf(shown->parent(id));
 }
 
 int TreeModel::rowCount(const QModelIndex& parent) const {
     if (!parent.isValid())
-        return root ? 1 : 0;
+        return shown ? 1 : 0;
     if (parent.column() != NameColumn)
         return 0;
-    return exposedRows(*nodeOf(parent));
+    const auto level = levels.constFind(entryAt(parent));
+    return level == levels.cend() ? 0 : int(level->rows.size());
 }
 
 int TreeModel::columnCount(const QModelIndex&) const {
@@ -111,173 +126,290 @@ int TreeModel::columnCount(const QModelIndex&) const {
 
 bool TreeModel::hasChildren(const QModelIndex& parent) const {
     if (!parent.isValid())
-        return bool(root);
+        return bool(shown);
     // Every folder shows an expander, also one that is empty or not yet listed.
-    return parent.column() == NameColumn && nodeOf(parent)->isDir;
+    return parent.column() == NameColumn && shown->isFolder(entryAt(parent));
 }
 
 bool TreeModel::canFetchMore(const QModelIndex& parent) const {
-    const Node* node = nodeOf(parent);
-    if (!node || !node->isDir || parent.column() != NameColumn || resetting ||
-        changing.contains(node))
+    const EntryId id = entryAt(parent);
+    if (id == kNoEntry || parent.column() != NameColumn || resetting)
         return false;
-    return !exposed.contains(node);
+    return shown->isFolder(id) && !levels.contains(id);
 }
 
 void TreeModel::fetchMore(const QModelIndex& parent) {
-    const NodePtr folder = nodeAt(parent);
-    if (!folder || !canFetchMore(parent))
+    if (!canFetchMore(parent))
         return;
-    tree.ensureListed(folder);
-    exposeChildren(folder, parent);
+    if (changesUnderWay > 0)
+        fetchWhenDone.insert(entryAt(parent));
+    else
+        exposeChildren(entryAt(parent), parent);
 }
 
-void TreeModel::exposeChildren(const NodePtr& folder, const QModelIndex& folderIndex) {
-    if (!folder->children)
-        return;
-    const int count = int(folder->children->size());
-    if (count == 0) {
-        exposed.set(folder.get(), 0);
-        return;
+void TreeModel::exposeChildren(EntryId folder, const QModelIndex& folderIndex) {
+    // What the index holds is shown at once: in order when the level is measured.
+    std::vector<EntryId> rows =
+        shown->isMeasured(folder) ? largestFirst(*shown, folder) : shown->children(folder);
+    Level level;
+    for (size_t row = 0; row < rows.size(); ++row)
+        if (shown->isFolder(rows[row]))
+            level.folderRows.insert(rows[row], int(row));
+    level.rows = std::move(rows);
+    const int count = int(level.rows.size());
+    {
+        const ChangeUnderWay change(*this);
+        if (count > 0)
+            beginInsertRows(folderIndex, 0, count - 1);
+        levels.insert(folder, std::move(level));
+        if (count > 0)
+            endInsertRows();
     }
-    changing.insert(folder.get());
-    beginInsertRows(folderIndex, 0, count - 1);
-    exposed.set(folder.get(), count);
-    endInsertRows();
-    changing.remove(folder.get());
+    tree.rowsShown(folder, size_t(count));
 }
 
-void TreeModel::removeExposedRows(const Node& folder, const QModelIndex& folderIndex) {
-    const int count = exposedRows(folder);
-    if (count == 0) {
-        exposed.remove(&folder);
+void TreeModel::forgetLevels(EntryId folder) {
+    const auto level = levels.constFind(folder);
+    if (level == levels.cend())
         return;
+    // Only a folder with rows can have folders with rows (or open ones) below it.
+    const QList<EntryId> below = level->folderRows.keys();
+    levels.erase(level);
+    for (const EntryId child : below) {
+        expanded.remove(child);
+        forgetLevels(child);
     }
-    changing.insert(&folder);
-    beginRemoveRows(folderIndex, 0, count - 1);
-    forgetExposed(folder);
-    endRemoveRows();
-    changing.remove(&folder);
 }
 
-void TreeModel::forgetExposed(const Node& folder) {
-    // Only a folder with exposed rows can have exposed (or open) folders below it.
-    if (!exposed.remove(&folder) || !folder.children)
+void TreeModel::rowsAppended(EntryId folder, size_t first, size_t count) {
+    const auto level = levels.find(folder);
+    // A folder without rows shows all its entries when it gets them.
+    if (level == levels.end() || level->rows.size() != first || count == 0)
         return;
-    for (const NodePtr& child : *folder.children)
-        if (child->isDir) {
-            expanded.remove(child.get());
-            forgetExposed(*child);
-        }
-}
-
-void TreeModel::rowsAppended(const NodePtr& folder, size_t first, size_t count) {
-    // A folder not exposed yet shows all its children when it is.
-    if (!exposed.contains(folder.get()) || size_t(exposed.of(*folder)) != first || count == 0)
-        return;
-    const QModelIndex folderIndex = indexOf(*folder);
+    const QModelIndex folderIndex = indexOf(folder);
     if (!folderIndex.isValid())
         return;
-    beginInsertRows(folderIndex, int(first), int(first + count) - 1);
-    exposed.set(folder.get(), int(first + count));
+    const std::vector<EntryId> added = shown->children(folder, first, count);
+    if (added.empty())
+        return;
+    const ChangeUnderWay change(*this);
+    beginInsertRows(folderIndex, int(first), int(first + added.size()) - 1);
+    for (const EntryId id : added) {
+        if (shown->isFolder(id))
+            level->folderRows.insert(id, int(level->rows.size()));
+        level->rows.push_back(id);
+    }
+    level->knownSumValid = false;
     endInsertRows();
 }
 
-bool TreeModel::isShown(const Node& node) const {
-    if (!indexOf(node).isValid())
+bool TreeModel::isShown(EntryId folder) const {
+    if (!levels.contains(folder) || !expanded.contains(folder))
         return false;
-    for (NodePtr folder = node.parent.lock(); folder; folder = folder->parent.lock())
-        if (!expanded.contains(folder.get()))
+    for (EntryId above = folder; above != root;) {
+        above = shown->parent(above);
+        if (!expanded.contains(above))
             return false;
+    }
     return true;
 }
 
-void TreeModel::redrawRow(const NodePtr& node) {
-    const QModelIndex first = indexOf(*node, NameColumn);
-    if (first.isValid())
-        Q_EMIT dataChanged(first, indexOf(*node, ShareColumn),
-                           {Qt::DisplayRole, Qt::ForegroundRole, Qt::DecorationRole});
+void TreeModel::redrawRow(EntryId id) {
+    const QModelIndex first = indexOf(id, NameColumn);
+    if (!first.isValid())
+        return;
+    if (id != root)
+        if (const auto level = levels.constFind(shown->parent(id)); level != levels.cend())
+            level->knownSumValid = false;
+    Q_EMIT dataChanged(first, indexOf(id, ShareColumn),
+                       {Qt::DisplayRole, Qt::ForegroundRole, Qt::DecorationRole});
 }
 
-void TreeModel::redrawRowAndChildren(const NodePtr& node) {
-    const QModelIndex folderIndex = indexOf(*node);
+void TreeModel::redrawLevel(EntryId folder, const QModelIndex& folderIndex) {
+    const auto level = levels.constFind(folder);
+    if (level == levels.cend() || level->rows.empty())
+        return;
+    level->knownSumValid = false;
+    const int rows = int(level->rows.size());
+    Q_EMIT dataChanged(index(0, SizeColumn, folderIndex), index(rows - 1, ShareColumn, folderIndex),
+                       {Qt::DisplayRole, Qt::ForegroundRole});
+}
+
+void TreeModel::redrawRowAndChildren(EntryId folder) {
+    const QModelIndex folderIndex = indexOf(folder);
     if (!folderIndex.isValid())
         return;
-    redrawRow(node);
-    if (!node->children) {
-        // The listing was discarded (its rows went with it): an open folder lists
-        // again now, a closed one when it is next opened.
-        if (expanded.contains(node.get()))
-            fetchMore(folderIndex);
-        return;
-    }
-    if (const int rows = exposedRows(*node); rows > 0)
-        Q_EMIT dataChanged(index(0, SizeColumn, folderIndex),
-                           index(rows - 1, ShareColumn, folderIndex),
-                           {Qt::DisplayRole, Qt::ForegroundRole});
+    redrawRow(folder);
+    redrawLevel(folder, folderIndex);
 }
 
-void TreeModel::reorderChildren(const NodePtr& folder, const std::function<void()>& reorder) {
-    const QModelIndex folderIndex = indexOf(*folder);
-    const int rows = exposedRows(*folder);
-    if (!folderIndex.isValid() || rows == 0) {
-        reorder();
+void TreeModel::redrawAll() {
+    if (!shown)
         return;
-    }
-    if (size_t(rows) != folder->children->size()) {
-        // Not every child has a row: show the new order from scratch.
-        removeExposedRows(*folder, folderIndex);
-        reorder();
+    redrawRow(root);
+    for (auto level = levels.cbegin(); level != levels.cend(); ++level)
+        if (const QModelIndex folderIndex = indexOf(level.key()); folderIndex.isValid())
+            redrawLevel(level.key(), folderIndex);
+}
+
+void TreeModel::reorderChildren(EntryId folder, const std::vector<EntryId>& order) {
+    const auto level = levels.find(folder);
+    const QModelIndex folderIndex = indexOf(folder);
+    if (level == levels.end() || !folderIndex.isValid())
+        return;
+    if (level->rows.size() != order.size()) {
+        // Not every entry has a row: show the new order from scratch.
+        const int count = int(level->rows.size());
+        {
+            const ChangeUnderWay change(*this);
+            if (count > 0) {
+                beginRemoveRows(folderIndex, 0, count - 1);
+                forgetLevels(folder);
+                endRemoveRows();
+            } else {
+                forgetLevels(folder);
+            }
+        }
         exposeChildren(folder, folderIndex);
         return;
     }
+    const ChangeUnderWay change(*this);
     Q_EMIT layoutAboutToBeChanged({QPersistentModelIndex(folderIndex)},
                                   QAbstractItemModel::VerticalSortHint);
     const QModelIndexList before = persistentIndexList();
-    reorder();
-    // Open rows stay open and the selection stays on its nodes: every persistent
-    // index follows its node to the node's new row.
+    QHash<EntryId, int> newRows;
+    newRows.reserve(qsizetype(order.size()));
+    level->folderRows.clear();
+    for (size_t row = 0; row < order.size(); ++row) {
+        newRows.insert(order[row], int(row));
+        if (shown->isFolder(order[row]))
+            level->folderRows.insert(order[row], int(row));
+    }
+    level->rows = order;
+    // Open rows stay open and the selection stays on its entries: every persistent
+    // index follows its entry to its new row.
     QModelIndexList after;
     after.reserve(before.size());
     for (const QModelIndex& old : before) {
-        const Node* node = nodeOf(old);
-        after << (node ? indexOf(*node, old.column()) : QModelIndex());
+        const EntryId id = entryAt(old);
+        const auto moved = newRows.constFind(id);
+        after << (moved != newRows.cend() && shown->parent(id) == folder
+                      ? createIndex(*moved, old.column(), quintptr(id))
+                      : old);
     }
     changePersistentIndexList(before, after);
     Q_EMIT layoutChanged({QPersistentModelIndex(folderIndex)},
                          QAbstractItemModel::VerticalSortHint);
 }
 
-void TreeModel::dropChildren(const NodePtr& folder) {
-    const QModelIndex folderIndex = indexOf(*folder);
-    if (folderIndex.isValid())
-        removeExposedRows(*folder, folderIndex);
-    else
-        forgetExposed(*folder);
+void TreeModel::dropChildren(EntryId folder) {
+    const auto level = levels.constFind(folder);
+    if (level == levels.cend())
+        return;
+    const QModelIndex folderIndex = indexOf(folder);
+    const int count = int(level->rows.size());
+    {
+        const ChangeUnderWay change(*this);
+        if (folderIndex.isValid() && count > 0) {
+            beginRemoveRows(folderIndex, 0, count - 1);
+            forgetLevels(folder);
+            endRemoveRows();
+        } else {
+            forgetLevels(folder);
+        }
+    }
+    // An open folder takes its new entries as they come.
+    if (folderIndex.isValid() && expanded.contains(folder))
+        exposeChildren(folder, folderIndex);
+}
+
+QString TreeModel::sizeText(EntryId id) const {
+    if (!shown->isFolder(id))
+        return humanSize(shown->allocated(id));
+    const quint16 state = shown->state(id);
+    if (state & NotEntered)
+        return {};
+    if (state & Partial)
+        return tf(QStringLiteral("mark_partial"), {humanSize(shown->allocated(id))});
+    return humanSize((state & Measured) ? shown->allocated(id) : -1);
+}
+
+QString TreeModel::shareText(EntryId id) const {
+    if (id == root)
+        return {};
+    const EntryId folder = shown->parent(id);
+    const bool sized = !shown->isFolder(id) || shown->isMeasured(id);
+    if (!sized || (shown->state(id) & NotEntered))
+        return {};
+    qint64 total = shown->isMeasured(folder) ? shown->allocated(folder) : 0;
+    if (total <= 0) {
+        // While the folder's own total is not in, the known sizes of its rows stand in.
+        const auto level = levels.constFind(folder);
+        if (level == levels.cend())
+            return {};
+        if (!level->knownSumValid) {
+            level->knownSum = 0;
+            for (const EntryId row : level->rows)
+                if (!shown->isFolder(row) || shown->isMeasured(row))
+                    level->knownSum += shown->allocated(row);
+            level->knownSumValid = true;
+        }
+        total = level->knownSum;
+    }
+    return ::shareText(shown->allocated(id), total);
+}
+
+QString TreeModel::description(EntryId id) const {
+    if (!shown->isFolder(id))
+        return {};
+    QStringList said;
+    const quint16 state = shown->state(id);
+    if (state & (Unreadable | PartlyUnreadable))
+        said << t(QStringLiteral("desc_unreadable"));
+    if (state & OtherVolume) {
+        const QByteArray source = mountSourceAt(shown->pathOf(id)).value_or(QByteArray());
+        said << tf(QStringLiteral("desc_volume"), {displayPath(source)});
+    }
+    if (const quint32 below = shown->unreadableBelow(id); below > 0 && shown->isMeasured(id))
+        said << tf(QStringLiteral("desc_unreadable_below"), {QString::number(below)});
+    if (state & Partial)
+        said << t(QStringLiteral("desc_partial"));
+    return said.join(QStringLiteral("; "));
 }
 
 QVariant TreeModel::data(const QModelIndex& index, int role) const {
-    const Node* node = nodeOf(index);
-    if (!node)
+    const EntryId id = entryAt(index);
+    if (id == kNoEntry || !shown)
         return {};
+    if (role == Qt::AccessibleDescriptionRole || role == Qt::ToolTipRole) {
+        const QString said = description(id);
+        return said.isEmpty() ? QVariant() : QVariant(said);
+    }
     switch (index.column()) {
     case NameColumn:
         if (role == Qt::DisplayRole)
-            return node->name();
-        if (role == Qt::DecorationRole)
-            return icons.icon(*node);
+            return displayPath(shown->name(id));
+        if (role == Qt::DecorationRole) {
+            const quint16 state = shown->isFolder(id) ? shown->state(id) : 0;
+            const RowIcons::Mark mark = (state & (Unreadable | PartlyUnreadable))
+                                            ? RowIcons::Mark::Unreadable
+                                        : (state & OtherVolume) ? RowIcons::Mark::OtherVolume
+                                                                : RowIcons::Mark::None;
+            return icons.icon(shown->kind(id), displayPath(shown->name(id)), mark);
+        }
         break;
     case SizeColumn:
         if (role == Qt::DisplayRole)
-            return humanSize(node->size());
+            return sizeText(id);
         if (role == Qt::TextAlignmentRole)
             return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
-        if (role == Qt::ForegroundRole && node->size() < 0)
+        if (role == Qt::ForegroundRole && shown->isFolder(id) &&
+            (!shown->isMeasured(id) || (shown->state(id) & Partial)))
             return tertiaryTextColor();
         break;
     case ShareColumn:
         if (role == Qt::DisplayRole)
-            return shareText(*node);
+            return shareText(id);
         if (role == Qt::ForegroundRole)
             return accentColor();
         if (role == Qt::FontRole)

@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "core/ItemRef.h"
 #include "core/TreeDisplay.h"
 #include "views/RowIcons.h"
-#include "views/ShownRowCounts.h"
 
 #include <QAbstractItemModel>
 #include <QHash>
 #include <QSet>
+#include <memory>
 
 class SizeTree;
 
-// The outline's model: its items are the tree's nodes themselves, the root the one
-// top-level row. A folder's rows are the first children of its listing that the model
-// has exposed; the tree tells the model before it reorders or drops a listing, so the
-// rows always are the children in their order, and a node's row is its place there.
+// The outline's model: its items are the entries of the size tree's index, the opened
+// folder the one top-level row. A folder's rows are its entries as the model has taken
+// them in: listed order while its sizes come in, largest first once they are in. Nothing
+// is kept per row but the entry's id in its level's order.
 class TreeModel : public QAbstractItemModel, public TreeDisplay {
     Q_OBJECT
 public:
@@ -22,16 +23,16 @@ public:
 
     explicit TreeModel(SizeTree& tree, QObject* parent = nullptr);
 
-    // Starts over with the tree's current root.
-    void resetRoot();
-    void showNewRoot(const NodePtr& root) override;
-    // The node of an index (null for the invalid index).
-    NodePtr nodeAt(const QModelIndex& index) const;
-    // The node's index in the given column, invalid when it has no row.
-    QModelIndex indexOf(const Node& node, int column = NameColumn) const;
+    // The entry of an index (kNoEntry for the invalid index).
+    EntryId entryAt(const QModelIndex& index) const;
+    // The item of an index, for an action; invalid for the invalid index.
+    ItemRef itemAt(const QModelIndex& index) const;
+    // The entry's index in the given column, invalid when it has no row.
+    QModelIndex indexOf(EntryId id, int column = NameColumn) const;
+    // The index the rows are of.
+    const std::shared_ptr<const SizeIndex>& shownIndex() const { return shown; }
     // The view opened or closed a folder's row.
     void setExpanded(const QModelIndex& index, bool expanded);
-    void layOutNow() override { Q_EMIT layOutWanted(); }
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& child) const override;
@@ -43,12 +44,17 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
-    bool isShown(const Node& node) const override;
-    void rowsAppended(const NodePtr& folder, size_t first, size_t count) override;
-    void redrawRow(const NodePtr& node) override;
-    void redrawRowAndChildren(const NodePtr& node) override;
-    void reorderChildren(const NodePtr& folder, const std::function<void()>& reorder) override;
-    void dropChildren(const NodePtr& folder) override;
+    // TreeDisplay
+    void showNewRoot(const std::shared_ptr<const SizeIndex>& index, EntryId root) override;
+    bool isShown(EntryId folder) const override;
+    bool hasRows(EntryId folder) const override { return levels.contains(folder); }
+    void rowsAppended(EntryId folder, size_t first, size_t count) override;
+    void redrawRow(EntryId id) override;
+    void redrawRowAndChildren(EntryId folder) override;
+    void reorderChildren(EntryId folder, const std::vector<EntryId>& order) override;
+    void layOutNow() override { Q_EMIT layOutWanted(); }
+    void dropChildren(EntryId folder) override;
+    void redrawAll() override;
 
 Q_SIGNALS:
     // The new root's row is to be shown open.
@@ -57,23 +63,37 @@ Q_SIGNALS:
     void layOutWanted();
 
 private:
-    Node* nodeOf(const QModelIndex& index) const;
-    void exposeChildren(const NodePtr& folder, const QModelIndex& folderIndex);
-    void removeExposedRows(const Node& folder, const QModelIndex& folderIndex);
-    void forgetExposed(const Node& folder);
-    int exposedRows(const Node& folder) const;
+    // The rows of a folder that has them.
+    struct Level {
+        std::vector<EntryId> rows;
+        // Where each folder of the level is, for parent() and indexOf().
+        QHash<EntryId, int> folderRows;
+        // The sum of the known sizes of its rows: what shares are taken of while the
+        // folder's own total is not in. Worked out again when needed after a change.
+        mutable qint64 knownSum = 0;
+        mutable bool knownSumValid = false;
+    };
+    void exposeChildren(EntryId folder, const QModelIndex& folderIndex);
+    void forgetLevels(EntryId folder);
+    int rowOf(EntryId id) const;
+    QString sizeText(EntryId id) const;
+    QString shareText(EntryId id) const;
+    QString description(EntryId id) const;
+    void redrawLevel(EntryId folder, const QModelIndex& folderIndex);
 
     SizeTree& tree;
-    NodePtr root;
-    // How many of its children every folder with exposed rows shows. Nothing is kept
-    // per row: a large folder's rows cost the model nothing beyond the nodes.
-    ShownRowCounts exposed;
+    std::shared_ptr<const SizeIndex> shown;
+    EntryId root = kNoEntry;
+    QHash<EntryId, Level> levels;
     // Folders whose rows the view shows open.
-    QSet<const Node*> expanded;
+    QSet<EntryId> expanded;
     RowIcons icons;
     bool resetting = false;
-    // Folders whose rows are being added or removed. Views and testers walk the model
-    // while a change is announced; a fetch they start on the same folder would change
-    // its rows a second time inside the first change.
-    QSet<const Node*> changing;
+    // Rows are being added, removed or moved. Views and testers walk the model while a
+    // change is announced and may ask for a folder's rows then: they get them once the
+    // change is over, never as a change inside it.
+    int changesUnderWay = 0;
+    QSet<EntryId> fetchWhenDone;
+    struct ChangeUnderWay;
+    void fetchWaitingRows();
 };

@@ -16,10 +16,13 @@
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
+#include <algorithm>
 
 VolumesPanel::VolumesPanel(QWidget* parent)
     : QWidget(parent), header(makePlainLabel()), grant(new QPushButton), rowList(new QWidget),
+      scroller(new QScrollArea),
       // Patience enough for a volume that answers at all; one that does not shows
       // without figures rather than hold the panel back.
       reader(new VolumeReader(std::chrono::milliseconds(250), this)) {
@@ -29,6 +32,8 @@ VolumesPanel::VolumesPanel(QWidget* parent)
     setTextColor(header, secondaryTextColor());
     grant->setFont(uiFont(10));
     connect(grant, &QPushButton::clicked, this, &VolumesPanel::openPermissionSettings);
+    // Only where the desktop has a settings program for what applications may reach.
+    grant->setVisible(appPermissionsSettings().has_value());
 
     auto* top = new QHBoxLayout;
     top->setContentsMargins(0, 0, 0, 0);
@@ -44,8 +49,16 @@ VolumesPanel::VolumesPanel(QWidget* parent)
     auto* panel = new QVBoxLayout(this);
     panel->setContentsMargins(0, 0, 0, 0);
     panel->setSpacing(7);
+    // Many volumes scroll within the panel rather than squeeze the outline above it.
+    scroller->setWidget(rowList);
+    scroller->setWidgetResizable(true);
+    scroller->setFrameShape(QFrame::NoFrame);
+    scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroller->viewport()->setAutoFillBackground(false);
+    rowList->setAutoFillBackground(false);
     panel->addLayout(top);
-    panel->addWidget(rowList);
+    panel->addWidget(scroller);
+    fitRows();
 
     connect(reader, &VolumeReader::volumesRead, this, &VolumesPanel::showRows);
     // A child of the panel: mount events reach it for as long as the panel lives.
@@ -86,6 +99,18 @@ void VolumesPanel::showRows(const QList<VolumeInfo>& volumes) {
                                                          listed->totalBytes, listed->internal)
                                          : makeSilentVolumeRow(listed->name, listed->internal));
     }
+    fitRows();
+}
+
+void VolumesPanel::fitRows() {
+    QLayout* list = rowList->layout();
+    int height = 0;
+    for (int row = 0; row < std::min(list->count(), kRowsShownAtMost); ++row)
+        height += (row > 0 ? list->spacing() : 0) + list->itemAt(row)->sizeHint().height();
+    // A part of the next row shows that there are more.
+    if (list->count() > kRowsShownAtMost)
+        height += list->itemAt(kRowsShownAtMost)->sizeHint().height() / 2 + list->spacing();
+    scroller->setFixedHeight(height);
 }
 
 void VolumesPanel::openPermissionSettings() {

@@ -8,11 +8,13 @@
 
 class QLabel;
 class QPushButton;
+class QScrollArea;
 class VolumeReader;
 
 // The panel at the bottom of the main window: the mounted local volumes, each with its
-// free and total capacity and a capacity bar, listed again on every mount event, and a
-// button to the desktop's settings for what applications may reach.
+// free and total capacity and a capacity bar, listed again on every mount event (more
+// than a few scroll within the panel), and a button to the desktop's settings for what applications
+// may reach.
 class VolumesPanel : public QWidget {
     Q_OBJECT
 public:
@@ -30,9 +32,13 @@ private:
     void showRows(const QList<VolumeInfo>& volumes);
     void openPermissionSettings();
     void retranslate();
+    // The panel is as tall as its rows, up to kRowsShownAtMost; more scroll.
+    void fitRows();
+    static constexpr int kRowsShownAtMost = 4;
 
     QLabel* header;
     QPushButton* grant;
     QWidget* rowList;
+    QScrollArea* scroller;
     VolumeReader* reader;
 };

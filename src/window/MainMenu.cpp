@@ -57,8 +57,18 @@ MainMenu::MainMenu(QWidget* parent) : QMenuBar(parent) {
     retranslate();
 }
 
+void MainMenu::setViewActions(const QList<QAction*>& actions) {
+    if (!viewMenu)
+        viewMenu = addMenu(QString());
+    viewMenu->clear();
+    viewMenu->addActions(actions);
+    retranslate();
+}
+
 void MainMenu::retranslate() {
     editMenu->setTitle(t(QStringLiteral("menu_edit")));
+    if (viewMenu)
+        viewMenu->setTitle(t(QStringLiteral("menu_view")));
     for (const auto& [action, key] : std::as_const(titled))
         action->setText(t(QLatin1String(key)));
 }

@@ -9,6 +9,8 @@ class MainMenu : public QMenuBar {
     Q_OBJECT
 public:
     explicit MainMenu(QWidget* parent = nullptr);
+    // The View menu, after Edit, holding the window's commands.
+    void setViewActions(const QList<QAction*>& actions);
 
 Q_SIGNALS:
     void aboutRequested();
@@ -21,6 +23,7 @@ private:
     void retranslate();
 
     QMenu* editMenu;
+    QMenu* viewMenu = nullptr;
     // Each item with the key of its title.
     QList<std::pair<QAction*, const char*>> titled;
 };

@@ -5,11 +5,15 @@
 #include "actions/ErrorAlert.h"
 #include "actions/FileActions.h"
 #include "core/SizeTree.h"
+#include "platform/BackgroundJob.h"
 #include "platform/FileUrl.h"
 #include "platform/ItemReach.h"
+#include "platform/MountTable.h"
 #include "platform/PathInfo.h"
+#include "platform/Paths.h"
 #include "platform/SystemReason.h"
 #include "platform/UserDefaults.h"
+#include "platform/VolumeCapacity.h"
 #include "text/Lang.h"
 #include "ui/PlainText.h"
 #include "ui/Style.h"
@@ -21,6 +25,7 @@
 #include "window/DropView.h"
 #include "window/StatusLine.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QBoxLayout>
 #include <QCloseEvent>
@@ -32,6 +37,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
+#include <QTimer>
 
 namespace {
 
@@ -55,8 +61,8 @@ bool fitsAScreen(const QRect& frame) {
 
 } // namespace
 
-MainWindow::MainWindow(SizeTree& tree, QWidget* parent)
-    : QMainWindow(parent), tree(tree), fileActions(new FileActions(this, this)) {
+MainWindow::MainWindow(SizeTree& sizeTree, QWidget* parent)
+    : QMainWindow(parent), tree(sizeTree), fileActions(new FileActions(this, this)) {
     setWindowTitle(QStringLiteral("Sizeloom"));
     auto* content = new DropView;
     setCentralWidget(content);
@@ -68,29 +74,55 @@ MainWindow::MainWindow(SizeTree& tree, QWidget* parent)
     treeView->setColumnWidths({420, 100, 230}, {200, 80, 140});
     tree.setDisplay(treeModel);
     connect(&tree, &SizeTree::rootOpened, this, &MainWindow::showRoot);
-    connect(&tree, &SizeTree::rootMeasured, this,
-            [this](const NodePtr& root) { status->setText(statusLineForRoot(*root)); });
+    connect(&tree, &SizeTree::rootMeasured, this, &MainWindow::showTreeState);
+
+    refreshAction = new QAction(this);
+    refreshAction->setShortcut(QKeySequence(Qt::Key_F5));
+    refreshAction->setEnabled(false);
+    connect(refreshAction, &QAction::triggered, &tree, &SizeTree::refresh);
+    stopAction = new QAction(this);
+    stopAction->setShortcut(QKeySequence(Qt::Key_Escape));
+    stopAction->setEnabled(false);
+    connect(stopAction, &QAction::triggered, &tree, &SizeTree::stop);
+    // On the window too, so that the keys work with or without a menu bar.
+    addActions({refreshAction, stopAction});
+    progressTick = new QTimer(this);
+    progressTick->setInterval(200);
+    // Only a walk of the whole opened folder speaks on the status line: one that follows
+    // a file action leaves that action's outcome in place.
+    connect(progressTick, &QTimer::timeout, this, [this] {
+        if (tree.isWalkingRoot())
+            showTreeState();
+    });
+    connect(&tree, &SizeTree::walkingChanged, this, [this](bool walking) {
+        stopAction->setEnabled(walking);
+        if (walking)
+            progressTick->start();
+        else
+            progressTick->stop();
+    });
 
     connect(fileActions, &FileActions::finished, this, &MainWindow::report);
-    fileActions->anchorAbove = [view = treeView, model = treeModel](const Node& node) {
+    fileActions->anchorAbove = [view = treeView, model = treeModel](const ItemRef& item) {
         // A row gone meanwhile (its folder listed again): the outline's top-left corner.
-        QRect row = view->rowRect(model->indexOf(node));
+        const bool same = item.index.lock() == model->shownIndex();
+        QRect row = view->rowRect(same ? model->indexOf(item.id) : QModelIndex());
         if (row.isEmpty())
             row = QRect(0, 0, 1, 1);
         return view->viewport()->mapToGlobal(row.topLeft());
     };
     connect(treeView, &TreeOutlineView::menuRequested, this,
             [this](const QModelIndex& index, const QPoint& at) {
-                if (const NodePtr node = treeModel->nodeAt(index))
-                    fileActions->menuFor(node, treeView)->popup(at);
+                if (const ItemRef item = treeModel->itemAt(index); item.isValid())
+                    fileActions->menuFor(item, treeView)->popup(at);
             });
     connect(treeView, &TreeOutlineView::previewRequested, this, [this](const QModelIndex& index) {
-        fileActions->togglePreview(treeModel->nodeAt(index));
+        fileActions->togglePreview(treeModel->itemAt(index));
     });
     // Double-click or Enter on a row: the item in the file manager.
     connect(treeView, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
-        if (const NodePtr node = treeModel->nodeAt(index))
-            fileActions->reveal(node);
+        if (const ItemRef item = treeModel->itemAt(index); item.isValid())
+            fileActions->reveal(item);
     });
 
     status = makeLabel(t(QStringLiteral("status_initial")), uiFont(11), secondaryTextColor());
@@ -220,13 +252,12 @@ void MainWindow::retranslate() {
             accentize(button, t(QStringLiteral("choose_folder")));
     if (emptyTitle)
         emptyTitle->setText(t(QStringLiteral("drop_here")));
-    if (!status)
-        return;
-    // While the root is still being listed its line has no count to rebuild.
-    if (!tree.root())
-        status->setText(t(QStringLiteral("status_initial")));
-    else if (tree.root()->children)
-        status->setText(countedStatusLine(*tree.root()));
+    if (refreshAction) {
+        refreshAction->setText(t(QStringLiteral("menu_refresh")));
+        stopAction->setText(t(QStringLiteral("menu_stop")));
+    }
+    if (status)
+        showTreeState();
 }
 
 void MainWindow::changeEvent(QEvent* event) {
@@ -241,12 +272,45 @@ void MainWindow::openFolder(const QByteArray& folder) {
     tree.open(folder);
 }
 
-void MainWindow::showRoot(const NodePtr& root) {
-    path->setText(displayPath(root->url));
+void MainWindow::showRoot() {
+    const QByteArray opened = tree.rootPath();
+    path->setText(displayPath(opened));
     setEmpty(false);
     volumesPanel->refresh();
-    upButton->setEnabled(deletingLastPathComponent(root->url) != root->url);
-    status->setText(statusLineForRoot(*root));
+    upButton->setEnabled(deletingLastPathComponent(opened) != opened);
+    refreshAction->setEnabled(true);
+    // The top of a volume: what is found is also told as a share of its used space.
+    volumeUsed.reset();
+    if (mountSourceAt(opened))
+        runInBackground<std::optional<VolumeCapacity>>(
+            this, [opened] { return volumeCapacity(opened); },
+            [this, opened](std::optional<VolumeCapacity> capacity) {
+                if (capacity && opened == tree.rootPath())
+                    volumeUsed = capacity->usedBytes;
+            });
+    showTreeState();
+}
+
+void MainWindow::showTreeState() {
+    const std::shared_ptr<SizeIndex>& index = tree.index();
+    if (!index) {
+        status->setText(t(QStringLiteral("status_initial")));
+        return;
+    }
+    const QByteArray opened = tree.rootPath();
+    if (tree.wasStopped()) {
+        status->setText(stoppedStatusLine(opened, index->itemsBelow(tree.root()),
+                                          index->allocated(tree.root())));
+    } else if (index->isMeasured(tree.root()) && !tree.isWalkingRoot()) {
+        status->setText(countedStatusLine(opened, qint64(index->childCount(tree.root())),
+                                          index->allocated(tree.root()), tree.measuredAt()));
+    } else {
+        // Walking, or about to: a new root's walk starts a moment after it is opened.
+        std::optional<int> share;
+        if (volumeUsed && *volumeUsed > 0)
+            share = int(std::min<qint64>(100, tree.bytesFound() * 100 / *volumeUsed));
+        status->setText(progressStatusLine(opened, tree.itemsWalked(), tree.bytesFound(), share));
+    }
 }
 
 void MainWindow::openHandedPath(const QByteArray& handed) {
@@ -273,11 +337,11 @@ void MainWindow::browse() {
 }
 
 void MainWindow::goUp() {
-    const NodePtr& root = tree.root();
-    if (!root)
+    if (!tree.index())
         return;
-    const QByteArray parent = deletingLastPathComponent(root->url);
-    if (parent == root->url || !itemExists(parent))
+    const QByteArray opened = tree.rootPath();
+    const QByteArray parent = deletingLastPathComponent(opened);
+    if (parent == opened || !itemExists(parent))
         return;
     openFolder(parent);
 }
@@ -323,7 +387,7 @@ void MainWindow::report(const ActionOutcome& outcome) {
     }
     if (!outcome.reopen.isEmpty())
         openFolder(outcome.reopen);
-    else if (outcome.changed)
+    else if (outcome.changed.isValid())
         tree.refreshParent(outcome.changed);
 }
 

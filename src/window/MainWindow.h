@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "core/Node.h"
-
 #include <QMainWindow>
+#include <optional>
 
 class FileActions;
+class QAction;
+class QTimer;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -34,6 +35,8 @@ public:
     void report(const ActionOutcome& outcome);
 
     FileActions& actions() const { return *fileActions; }
+    // The View menu's commands: Refresh (F5) and Stop (Esc).
+    QList<QAction*> viewActions() const { return {refreshAction, stopAction}; }
     TreeModel& model() const { return *treeModel; }
     TreeOutlineView& outline() const { return *treeView; }
     QLabel& statusLine() const { return *status; }
@@ -55,7 +58,9 @@ private:
     QWidget* makeEmptyFace();
     void setEmpty(bool empty);
     void retranslate();
-    void showRoot(const NodePtr& root);
+    void showRoot();
+    // The status line as the tree stands: walked, stopped or measured.
+    void showTreeState();
     void pathEntered();
     void browse();
     void goUp();
@@ -73,4 +78,10 @@ private:
     QLabel* emptyTitle = nullptr;
     QWidget* browseFace = nullptr;
     QWidget* emptyFace = nullptr;
+    QAction* refreshAction = nullptr;
+    QAction* stopAction = nullptr;
+    // Tells the walk's progress a few times a second.
+    QTimer* progressTick = nullptr;
+    // The used space of the volume whose top is the opened folder.
+    std::optional<qint64> volumeUsed;
 };

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "window/PreferencesWindow.h"
 
+#include "platform/UserDefaults.h"
 #include "ui/AppIcon.h"
 #include "ui/AuxWindow.h"
 #include "ui/PlainText.h"
 #include "ui/UiFont.h"
 #include "window/LanguageSwitch.h"
 
+#include <QCheckBox>
 #include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
@@ -15,10 +17,16 @@
 
 namespace {
 constexpr int gridColumns = 3;
+const QString kCountMountsKey = QStringLiteral("count_mounts");
 } // namespace
 
+bool PreferencesWindow::countsMounts() {
+    return userDefaults()->value(kCountMountsKey, true).toBool();
+}
+
 PreferencesWindow::PreferencesWindow(QWidget* parent)
-    : QWidget(parent, kAuxWindowFlags), languageTitle(makePlainLabel({}, this)) {
+    : QWidget(parent, kAuxWindowFlags), languageTitle(makePlainLabel({}, this)),
+      countMounts(new QCheckBox(this)) {
     setWindowIcon(appIcon());
     languageTitle->setFont(uiFont(13, QFont::DemiBold));
     auto* grid = new QGridLayout;
@@ -43,6 +51,14 @@ PreferencesWindow::PreferencesWindow(QWidget* parent)
     stack->setSpacing(14);
     stack->addWidget(languageTitle, 0, Qt::AlignLeft);
     stack->addLayout(grid);
+    // Checked as du -sk counts; unchecked as du -skx does.
+    countMounts->setChecked(countsMounts());
+    connect(countMounts, &QCheckBox::toggled, this, [this](bool checked) {
+        userDefaults()->setValue(kCountMountsKey, checked);
+        Q_EMIT countMountsChanged(checked);
+    });
+    stack->addSpacing(4);
+    stack->addWidget(countMounts, 0, Qt::AlignLeft);
     retranslate();
 }
 
@@ -59,6 +75,7 @@ void PreferencesWindow::choose(Lang lang) {
 
 void PreferencesWindow::retranslate() {
     languageTitle->setText(t(QStringLiteral("prefs_language")));
+    countMounts->setText(t(QStringLiteral("pref_count_mounts")));
     setWindowTitle(t(QStringLiteral("prefs_title")));
 }
 

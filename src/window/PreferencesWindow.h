@@ -6,6 +6,7 @@
 #include <QList>
 #include <QWidget>
 
+class QCheckBox;
 class QLabel;
 class QRadioButton;
 
@@ -19,6 +20,12 @@ public:
     // The button of each language, in the order of LangInfo::allCases().
     const QList<QRadioButton*>& languageButtons() const { return radios; }
 
+    // Whether volumes mounted inside a folder count in its total, as stored.
+    static bool countsMounts();
+
+Q_SIGNALS:
+    void countMountsChanged(bool count);
+
 protected:
     void changeEvent(QEvent* event) override;
 
@@ -27,5 +34,6 @@ private:
     void retranslate();
 
     QLabel* languageTitle;
+    QCheckBox* countMounts;
     QList<QRadioButton*> radios;
 };

@@ -1,24 +1,37 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "window/StatusLine.h"
 
-#include "core/Node.h"
+#include "platform/Paths.h"
 #include "text/Lang.h"
+#include "text/LangLocale.h"
 #include "text/SizeText.h"
 
 QString statusSeparator() {
     return QStringLiteral("  \u00b7  ");
 }
 
-QString statusLineForRoot(const Node& root) {
-    if (root.size() < 0 || !root.children)
-        return displayPath(root.url) + statusSeparator() + t(QStringLiteral("calculating"));
-    return countedStatusLine(root);
+QString progressStatusLine(const QByteArray& path, quint64 items, qint64 bytes,
+                           std::optional<int> percentOfVolume) {
+    const QStringList filled{QString::number(items), humanSize(bytes),
+                             QString::number(percentOfVolume.value_or(0))};
+    return displayPath(path) + statusSeparator() +
+           tf(percentOfVolume ? QStringLiteral("status_progress_share")
+                              : QStringLiteral("status_progress"),
+              filled);
 }
 
-QString countedStatusLine(const Node& root) {
-    QString counts = t(QStringLiteral("items_total"));
-    const qsizetype count = root.children ? qsizetype(root.children->size()) : 0;
-    counts.replace(QStringLiteral("%d"), QString::number(count));
-    counts.replace(QStringLiteral("%@"), humanSize(root.size()));
-    return displayPath(root.url) + statusSeparator() + counts;
+QString stoppedStatusLine(const QByteArray& path, quint64 items, qint64 bytes) {
+    return displayPath(path) + statusSeparator() +
+           tf(QStringLiteral("status_stopped"), {QString::number(items), humanSize(bytes)});
+}
+
+QString countedStatusLine(const QByteArray& path, qint64 count, qint64 total,
+                          const QDateTime& measuredAt) {
+    QString line = displayPath(path) + statusSeparator() +
+                   tf(QStringLiteral("items_total"), {QString::number(count), humanSize(total)});
+    if (measuredAt.isValid())
+        line += statusSeparator() +
+                tf(QStringLiteral("status_measured_at"),
+                   {localeFor(Loc::current).toString(measuredAt.time(), QLocale::ShortFormat)});
+    return line;
 }

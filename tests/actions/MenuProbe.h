@@ -46,7 +46,9 @@ inline QStringList describe(const QMenu* menu) {
     return out;
 }
 
+// Scrolled into view first, as a person would before clicking it.
 inline QPoint centreOfRow(WindowFixture& f, const QModelIndex& index) {
+    f.outline->scrollTo(index);
     return f.outline->visualRect(index).center();
 }
 

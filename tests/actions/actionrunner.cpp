@@ -44,10 +44,15 @@ int main(int argc, char** argv) {
             }
     if (!ino)
         return 2;
-    const NodePtr root = Node::make(folder, true);
-    root->ownId = {top.st_dev, top.st_ino};
-    const NodePtr node = Node::make(folder + '/' + name, isDir, root);
-    node->listedIno = ino;
+    ItemRef node;
+    node.path = folder + '/' + name;
+    node.name = QString::fromUtf8(name);
+    node.isFolder = isDir;
+    node.location.root = folder;
+    node.location.rootId = {top.st_dev, top.st_ino};
+    node.location.relative = name;
+    node.location.listedIno = ino;
+    node.location.folderDev = top.st_dev;
 
     FileActions actions(nullptr);
     QObject::connect(&actions, &FileActions::finished, &app, [](const ActionOutcome& outcome) {

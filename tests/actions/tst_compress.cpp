@@ -90,7 +90,7 @@ private Q_SLOTS:
         f.actions->compress(f.picked);
         QCOMPARE(f.status->text(), QString("Compressing… Photos.2024"));
         QTRY_COMPARE(f.status->text(), QString("Compressed → Photos.zip"));
-        QTRY_VERIFY(f.listed(f.root()) && f.rowNames(f.rootIndex()).contains("Photos.zip"));
+        QTRY_VERIFY(f.listed(f.rootId()) && f.rowNames(f.rootIndex()).contains("Photos.zip"));
 
         // Extracted (unzip checks every entry's CRC as it goes), the same tree: the names'
         // bytes, the folders' own entries and times, modes and links.

@@ -86,8 +86,8 @@ private Q_SLOTS:
         WindowFixture& c = f;
         c.outline->setCurrentIndex(rowNamed(f, "sub"));
         const QModelIndex row = rowNamed(f, name);
-        const NodePtr node = f.model().nodeAt(row);
-        QVERIFY(node);
+        const ItemRef node = f.itemAt(row);
+        QVERIFY(node.isValid());
 
         rightClick(c, centreOfRow(c, row));
         QPointer<QMenu> menu = openMenu();
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(menu.data());
         QVERIFY(reader);
         QCOMPARE(reader->role(), QAccessible::PopupMenu);
-        QCOMPARE(reader->text(QAccessible::Name), node->name());
+        QCOMPARE(reader->text(QAccessible::Name), node.name);
 
         // Nothing of it is kept: the closed menu goes away.
         menu->close();
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QMenu* menu = openMenu();
         QVERIFY(menu);
         QCOMPARE(describe(menu), kEnglishMenu);
-        QCOMPARE(menu->accessibleName(), f.model().nodeAt(row)->name());
+        QCOMPARE(menu->accessibleName(), f.itemAt(row).name);
         QCOMPARE(selectedRows(c), QModelIndexList{row});
         // Its top-left corner lies on the row's lower edge, inside the row's width.
         const QRect onScreen(c.outline->viewport()->mapToGlobal(c.outline->rowRect(row).topLeft()),
@@ -192,8 +192,7 @@ private Q_SLOTS:
         openAndSettle(f, root);
         WindowFixture& c = f;
         for (const char* sub : {"a", "c"}) {
-            c.outline->expand(f.childNamed(f.rootIndex(), sub));
-            QVERIFY(f.listed(f.model().nodeAt(f.childNamed(f.rootIndex(), sub))));
+            QVERIFY(f.openRow(f.childNamed(f.rootIndex(), sub)));
         }
         c.outline->verticalScrollBar()->setValue(c.outline->verticalScrollBar()->maximum() / 2);
         QVERIFY(c.outline->verticalScrollBar()->value() > 0);
@@ -215,8 +214,7 @@ private Q_SLOTS:
         QVERIFY(!c.outline->indexAtRow(row).isValid());
         // A row inside a closed folder has no row on screen.
         const QModelIndex closed = f.childNamed(f.rootIndex(), "b");
-        c.outline->expand(closed);
-        QVERIFY(f.listed(f.model().nodeAt(closed)));
+        QVERIFY(f.openRow(closed));
         c.outline->collapse(closed);
         QCOMPARE(c.outline->rowOf(f.model().index(0, 0, closed)), -1);
         QVERIFY(c.outline->rowRect(f.model().index(0, 0, closed)).isEmpty());

@@ -78,7 +78,7 @@ private Q_SLOTS:
             QVERIFY(f.pick(item));
             f.actions->duplicate(f.picked);
             QVERIFY(f.nextOutcome());
-            QVERIFY(f.listed(f.root()));
+            QVERIFY(f.listed(f.rootId()));
         }
         QCOMPARE(f.rowNames(f.rootIndex()).size(), 6);
         for (const QByteArray copy : {"report copy.pdf", "report copy 2.pdf"})
@@ -105,7 +105,7 @@ private Q_SLOTS:
                  std::optional<QByteArray>(""));
         // 64 MiB long, a few blocks allocated, in the copy as in the original.
         QVERIFY(statBlocksBytes(join(copy, "sparse.img")) <= 64 * 1024);
-        QVERIFY(f.listed(f.root()));
+        QVERIFY(f.listed(f.rootId()));
         QVERIFY(f.rowNames(f.rootIndex()).contains("Photos copy"));
     }
 

@@ -54,10 +54,9 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(root));
         const QModelIndex sub = f.childNamed(f.rootIndex(), "sub");
-        f.outline->expand(sub);
-        QVERIFY(f.listed(f.model().nodeAt(sub)));
-        const NodePtr inner = f.model().nodeAt(f.childNamed(sub, "inner.txt"));
-        QVERIFY(inner);
+        QVERIFY(f.openRow(sub));
+        const ItemRef inner = f.itemAt(f.childNamed(sub, "inner.txt"));
+        QVERIFY(inner.isValid());
 
         // Between the row and the action, the folder becomes a link to another one, or
         // the file another file of the same name.

@@ -5,6 +5,7 @@
 #include "actions/PreviewContent.h"
 #include "actions/PreviewWindow.h"
 #include "actions/PropertiesWindow.h"
+#include "platform/Paths.h"
 #include "text/LangLocale.h"
 #include "text/SizeText.h"
 
@@ -46,12 +47,14 @@ class TestItemWindows : public QObject {
     QByteArray folder;
     QObject owner;
 
-    NodePtr node(const QByteArray& name, qint64 size = -1) {
-        const QByteArray path = join(folder, name);
+    ItemRef node(const QByteArray& name, qint64 size = -1) {
+        ItemRef made;
+        made.path = join(folder, name);
+        made.name = displayPath(name);
         struct stat st {};
-        lstat(path.constData(), &st);
-        const NodePtr made = Node::make(path, S_ISDIR(st.st_mode));
-        made->setSize(size);
+        lstat(made.path.constData(), &st);
+        made.isFolder = S_ISDIR(st.st_mode);
+        made.size = size;
         return made;
     }
 
@@ -160,7 +163,7 @@ private Q_SLOTS:
     void previewWindow() {
         QFETCH(QByteArray, name);
         QFETCH(QString, shows);
-        const NodePtr item = node(name, 123456);
+        const ItemRef item = node(name, 123456);
         QPointer<PreviewWindow> window = new PreviewWindow(item, &owner);
         window->show();
         QVERIFY(QTest::qWaitForWindowExposed(window));
@@ -214,7 +217,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, name);
         QFETCH(QString, type);
         const QByteArray path = join(folder, name);
-        const NodePtr item = node(name, 4096);
+        const ItemRef item = node(name, 4096);
         auto* window = new PropertiesWindow(item, &owner);
         window->show();
         const auto value = [window](PropertiesWindow::Field field) {
@@ -233,7 +236,7 @@ private Q_SLOTS:
                                 Lang::en));
         QCOMPARE(value(PropertiesWindow::LinkTarget),
                  name == "link" ? QString("notes.txt") : QString("(none)"));
-        if (item->isDir) {
+        if (item.isFolder) {
             const auto du = [&](const char* option) {
                 return runForOutput("/usr/bin/du", {"-s", option, path})
                     .value_or("")

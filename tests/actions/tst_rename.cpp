@@ -163,7 +163,7 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick(item));
-        answerRename(f.picked->name(), typed);
+        answerRename(f.picked.name, typed);
         f.actions->rename(f.picked);
         QVERIFY(f.nextOutcome());
         QVERIFY(!exists(join(folder, item)));
@@ -178,12 +178,12 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         answerRename(lastPathComponent(folder), "renamed folder");
-        f.actions->rename(f.root());
+        f.actions->rename(f.itemAt(f.rootIndex()));
         QVERIFY(f.nextOutcome());
         const QByteArray renamed = join(deletingLastPathComponent(folder), "renamed folder");
         QVERIFY(!exists(folder));
         QVERIFY(f.settled());
-        QCOMPARE(f.root()->url, renamed);
+        QCOMPARE(f.rootPath(), renamed);
         QCOMPARE(f.pathField->text(), QString::fromUtf8(renamed));
         QVERIFY(f.status->text().startsWith(QString::fromUtf8(renamed) + "  ·  "));
         QVERIFY(f.rowNames(f.rootIndex()).contains("a.txt"));
@@ -216,7 +216,7 @@ private Q_SLOTS:
         WindowFixture f;
         QVERIFY(f.openAt(folder));
         QVERIFY(f.pick("a.txt"));
-        const NodeList listing = *f.root()->children;
+        const std::vector<EntryId> listing = f.index().children(f.rootId());
         SeenAlert seen;
         QPointer<QTimer> alert;
         if (typed.isNull())
@@ -238,7 +238,7 @@ private Q_SLOTS:
             QCOMPARE(seen.informative, reason);
         }
         QCOMPARE(runForOutput("/bin/ls", {"-lR", "--", folder}).value_or(""), before);
-        QVERIFY(f.root()->children && *f.root()->children == listing);
+        QCOMPARE(f.index().children(f.rootId()), listing);
     }
 
     // The reason comes in the interface language when the system has its messages: a

@@ -93,10 +93,10 @@ private Q_SLOTS:
         f.window->show();
         f.openPath(place);
         QVERIFY(f.settled());
-        f.picked = f.model().nodeAt(f.childNamed(f.rootIndex(), name));
-        QVERIFY(f.picked);
+        f.picked = f.itemAt(f.childNamed(f.rootIndex(), name));
+        QVERIFY(f.picked.isValid());
         f.actions->trash(f.picked);
-        QTRY_VERIFY(f.root()->children && !f.rowNames(f.rootIndex()).contains(name));
+        QTRY_VERIFY(f.listed(f.rootId()) && !f.rowNames(f.rootIndex()).contains(name));
         QVERIFY(!exists(item));
 
         // The trash of the item's own file system, with the path percent-encoded from
@@ -134,12 +134,11 @@ private Q_SLOTS:
         f.window->show();
         f.openPath(place);
         QVERIFY(f.settled());
-        const NodePtr stays = f.model().nodeAt(f.childNamed(f.rootIndex(), "stays"));
-        f.picked = stays;
+        f.picked = f.itemAt(f.childNamed(f.rootIndex(), "stays"));
         f.actions->trash(f.picked);
-        // The folder is listed again after the attempt (new nodes), the row still there.
-        QTRY_VERIFY(f.listed(f.root()) && f.childNamed(f.rootIndex(), "stays").isValid() &&
-                    f.model().nodeAt(f.childNamed(f.rootIndex(), "stays")) != stays);
+        // The folder is listed again after the attempt (new entries), the row still there.
+        QTRY_VERIFY(f.listed(f.rootId()) && f.childNamed(f.rootIndex(), "stays").isValid() &&
+                    f.entryAt(f.childNamed(f.rootIndex(), "stays")) != f.picked.id);
         QVERIFY(QFileInfo::exists(QFile::decodeName(join(place, "stays"))));
         QVERIFY(!QFileInfo::exists(QFile::decodeName(homeTrash + "/files/stays")));
     }

@@ -109,13 +109,14 @@ private Q_SLOTS:
             {text("emptyBrowse"), "Ordner wählen…"},
             {text("emptyTitle"), "Ordner hierher ziehen"},
             {columns.join('|'), "Name|Größe|Anteil (am Ordner)"},
-            {window.statusLine().text(),
+            {window.statusLine().text().section(QString::fromUtf8("  ·  gemessen um "), 0, 0),
              tmp.path() + "  ·  0 Objekte  ·  Gesamt " +
-                 humanSize(window.model().nodeAt(window.model().index(0, 0))->size())},
+                 humanSize(window.model().itemAt(window.model().index(0, 0)).size)},
             {text("volumesHeader"), "Speicher"},
-            {text("grantButton"), "Vollständiger Festplattenzugriff…"}};
+            {text("grantButton"), "App-Berechtigungen…"}};
         for (const auto& [shownText, german] : shown)
             QCOMPARE(shownText, german);
+        QVERIFY(window.statusLine().text().contains(QString::fromUtf8("  ·  gemessen um ")));
         QCOMPARE(headers.size(), 1);
         // The rows are rebuilt once the volumes have answered.
         const auto rowSays = [&](const QString& said) {
@@ -127,7 +128,8 @@ private Q_SLOTS:
         QCOMPARE(describe(shell.menu),
                  (QStringList{"Sizeloom:", "Über Sizeloom", "-", "Einstellungen… Ctrl+,", "-",
                               "Sizeloom beenden Ctrl+Q", "Bearbeiten:", "Ausschneiden Ctrl+X",
-                              "Kopieren Ctrl+C", "Einsetzen Ctrl+V", "Alles auswählen Ctrl+A"}));
+                              "Kopieren Ctrl+C", "Einsetzen Ctrl+V", "Alles auswählen Ctrl+A",
+                              "Ansicht:", "Aktualisieren F5", "Anhalten Esc"}));
     }
 
     // Without a folder the hint follows the switch; a listed root's line is rebuilt

@@ -1,34 +1,33 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-// For engine tests: an engine to test, and a receiver that records every call under its
-// own lock and notes every broken promise of the engine (order of calls, calls after the
-// walk was stopped).
-#include "core/DuEngine.h"
-#include "core/InProcessEngine.h"
+// For walk tests: an engine on a pool of its own, and a listener that records every call
+// under its own lock and notes every broken promise of a walk (a folder measured twice or
+// after the end, anything after the walk was stopped).
+#include "core/WalkEngine.h"
 
 #include <QStringList>
 #include <QTest>
 #include <QThreadPool>
-#include <map>
+#include <functional>
+#include <mutex>
+#include <set>
 
-// An engine of the kind ("du", else in-process) on its own pool, six threads like the
-// controller's.
-struct Engine {
-    explicit Engine(const QByteArray& kind, int workers = InProcessEngine::defaultWorkers(),
-                    int threads = 6) {
+// An engine on its own pool, six threads like the tree's.
+struct Walker {
+    explicit Walker(int workers = WalkEngine::defaultWorkers(), int threads = 6) {
         pool.setMaxThreadCount(threads);
-        if (kind == "du")
-            engine = std::make_unique<DuEngine>(&pool);
-        else
-            engine = std::make_unique<InProcessEngine>(&pool, workers);
+        engine = std::make_unique<WalkEngine>(&pool, workers);
     }
-    MeasureEngine* operator->() const { return engine.get(); }
-    MeasureEngine& operator*() const { return *engine; }
+    ~Walker() {
+        engine.reset();
+        pool.waitForDone();
+    }
+    WalkEngine* operator->() const { return engine.get(); }
     bool drains() { return pool.waitForDone(120000); }
 
     QThreadPool pool;
-    std::unique_ptr<MeasureEngine> engine;
+    std::unique_ptr<WalkEngine> engine;
 };
 
 // Calls of several walks in the one order they happened, each as "LABEL call".
@@ -37,67 +36,44 @@ struct SharedCallLog {
     QStringList calls;
 };
 
-class WalkRecorder : public WalkReceiver {
+class WalkRecorder : public WalkListener {
 public:
     explicit WalkRecorder(std::shared_ptr<SharedCallLog> shared = {}, QString label = {})
         : shared(std::move(shared)), label(std::move(label)) {}
 
-    void entriesListed(std::vector<WalkEntry>&& batch) override {
+    void listed(EntryId) override {
         std::lock_guard guard(lock);
-        noteCall("entriesListed");
-        fault(listingDone, "entries after listingEnded");
-        fault(batch.empty() || batch.size() > 1000, QString("batch of %1").arg(batch.size()));
-        for (WalkEntry& entry : batch)
-            entries.push_back(std::move(entry));
+        noteCall("listed");
+        ++runs;
     }
-    void listingEnded(size_t count) override {
-        std::lock_guard guard(lock);
-        noteCall("listingEnded");
-        fault(listingDone, "listingEnded twice");
-        fault(count != entries.size(),
-              QString("listingEnded(%1) after %2 entries").arg(count).arg(entries.size()));
-        listingDone = true;
-    }
-    void childMeasured(size_t index, qint64 bytes) override {
+    void measured(EntryId folder) override {
         std::unique_lock guard(lock);
-        noteCall("childMeasured");
-        fault(index >= entries.size() || !entries[index].isDir,
-              QString("childMeasured(%1) for no listed folder").arg(index));
-        fault(childSizes.count(index), QString("child %1 measured twice").arg(index));
-        childSizes[index] = bytes;
-        if (onFirstChild && childSizes.size() == 1) {
-            const auto call = std::move(onFirstChild);
+        noteCall("measured");
+        fault(!measuredFolders.insert(folder).second,
+              QString("folder %1 measured twice").arg(folder));
+        if (onFirstMeasured && measuredFolders.size() == 1) {
+            const auto call = std::move(onFirstMeasured);
             guard.unlock();
             call();
         }
     }
-    void walkEnded(qint64 folderBytes) override {
+    void ended() override {
         std::lock_guard guard(lock);
-        noteCall("walkEnded");
-        fault(!listingDone, "walkEnded before listingEnded");
-        for (size_t i = 0; i < entries.size(); ++i)
-            fault(entries[i].isDir && !childSizes.count(i),
-                  "walkEnded before child " + QString::number(i) + " was measured");
-        total = folderBytes;
-        ended = true;
+        noteCall("ended");
+        over = true;
     }
 
-    // From now on any call is a fault: the walk was cancelled.
+    // From now on any call is a fault: the walk was stopped.
     void close() {
         std::lock_guard guard(lock);
         closed = true;
     }
-    // Runs once, on the engine thread, inside the first childMeasured once it is recorded.
-    std::function<void()> onFirstChild;
+    // Runs once, on the walk's thread, inside the first `measured` once it is recorded.
+    std::function<void()> onFirstMeasured;
 
-    bool isEnded() { return locked(ended); }
-    size_t childCount() { return locked(childSizes).size(); }
+    bool isEnded() { return locked(over); }
+    size_t measuredCount() { return locked(measuredFolders).size(); }
     QStringList problems() { return locked(faults); }
-
-    // Read once the walk has ended.
-    std::vector<WalkEntry> entries;
-    std::map<size_t, qint64> childSizes;
-    qint64 total = -1;
 
 private:
     template <typename T> T locked(const T& value) {
@@ -109,8 +85,8 @@ private:
             std::lock_guard guard(shared->lock);
             shared->calls << label + " " + name;
         }
-        fault(closed, QString(name) + " after the walk was cancelled");
-        fault(ended, QString(name) + " after walkEnded");
+        fault(closed, QString(name) + " after the walk was stopped");
+        fault(over, QString(name) + " after the end");
     }
     void fault(bool broken, const QString& what) {
         if (broken)
@@ -121,14 +97,21 @@ private:
     const QString label;
     std::mutex lock;
     QStringList faults;
-    bool listingDone = false, ended = false, closed = false;
+    std::set<EntryId> measuredFolders;
+    int runs = 0;
+    bool over = false, closed = false;
 };
 
-// Walks the folder and waits for the walk's end; null when it never comes.
-inline std::shared_ptr<WalkRecorder> walkToTheEnd(MeasureEngine& engine, const QByteArray& folder) {
+// The folder walked into a new index, to the end; null when the end never comes.
+inline std::shared_ptr<SizeIndex> walkIntoIndex(Walker& walker, const QByteArray& folder,
+                                                WalkOptions options = {},
+                                                QStringList* problems = nullptr) {
+    auto index = std::make_shared<SizeIndex>(folder);
     auto recorder = std::make_shared<WalkRecorder>();
-    engine.walkFolder(folder, recorder);
+    walker->walk(index, index->root(), folder, options, recorder);
     if (!QTest::qWaitFor([&] { return recorder->isEnded(); }, 300000))
         return nullptr;
-    return recorder;
+    if (problems)
+        *problems = recorder->problems();
+    return index;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How the engines run walks: stopping a walk, stopping the engine, and the newest walk
-// going first. The order of an engine's calls is checked by WalkRecorder in every walk.
+// How the engine runs walks: stopping a walk, stopping the engine, and the newest walk
+// going first. What a walk promises its listener is checked by WalkRecorder in every walk.
 #include "TempTree.h"
 #include "WalkRecorder.h"
 
@@ -36,62 +36,56 @@ class TestWalkControl : public QObject {
     QByteArray large;
 
 private Q_SLOTS:
-    void initTestCase_data() {
-        QTest::addColumn<QByteArray>("engine");
-        QTest::newRow("in-process") << QByteArray("in-process");
-        QTest::newRow("du") << QByteArray("du");
-    }
     void initTestCase() {
         QVERIFY(tmp.isValid());
         large = makeTree(tmp, 150, 10, 10);
     }
 
-    // A walk stopped while its results stream in: by its receiver from inside one of its
+    // A walk stopped while its results stream in: by its listener from inside one of its
     // calls, from the main thread, or by destroying the engine, which stops every walk
-    // it runs. Nothing more reaches a receiver, and no work is left on the pool.
+    // it runs. Nothing more reaches a listener, and no work is left on the pool.
     void stoppedWhileResultsStreamIn_data() {
         QTest::addColumn<QByteArray>("how");
         for (const char* how : {"inside a call", "from the main thread", "engine destroyed"})
             QTest::newRow(how) << QByteArray(how);
     }
     void stoppedWhileResultsStreamIn() {
-        QFETCH_GLOBAL(QByteArray, engine);
         QFETCH(QByteArray, how);
-        Engine measuring(engine);
+        Walker walker;
         const auto older = std::make_shared<WalkRecorder>();
-        const auto walk = std::make_shared<WalkRecorder>();
-        // The engine may call the receiver before walkFolder has returned the ticket.
-        std::promise<std::shared_ptr<WalkTicket>> given;
-        const std::shared_future<std::shared_ptr<WalkTicket>> ticket = given.get_future();
+        const auto recorder = std::make_shared<WalkRecorder>();
+        // The walk may call its listener before walk() has returned it.
+        std::promise<std::shared_ptr<IndexWalk>> given;
+        const std::shared_future<std::shared_ptr<IndexWalk>> walk = given.get_future();
         if (how == "inside a call")
-            walk->onFirstChild = [ticket, walk = walk.get()] {
-                ticket.get()->cancel();
-                walk->close();
+            recorder->onFirstMeasured = [walk, recorder = recorder.get()] {
+                walk.get()->cancel();
+                recorder->close();
             };
+        const auto index = std::make_shared<SizeIndex>(large);
         if (how == "engine destroyed")
-            measuring->walkFolder(large, older);
-        given.set_value(measuring->walkFolder(large, walk));
-        QTRY_VERIFY_WITH_TIMEOUT(walk->childCount() > 0, 120000);
+            walker->walk(std::make_shared<SizeIndex>(large), 0, large, {}, older);
+        given.set_value(walker->walk(index, index->root(), large, {}, recorder));
+        QTRY_VERIFY_WITH_TIMEOUT(recorder->measuredCount() > 0, 120000);
         if (how == "from the main thread") {
-            ticket.get()->cancel();
-            QVERIFY(ticket.get()->isCancelled());
+            walk.get()->cancel();
+            QVERIFY(walk.get()->isCancelled());
         } else if (how == "engine destroyed") {
-            measuring.engine.reset();
+            walker.engine.reset();
             older->close();
         }
-        walk->close();
-        QVERIFY(measuring.drains());
-        QCOMPARE(walk->problems(), QStringList());
+        recorder->close();
+        QVERIFY(walker.drains());
+        QCOMPARE(recorder->problems(), QStringList());
         QCOMPARE(older->problems(), QStringList());
     }
 
     // While an older walk still has folders to read, a new walk is read first: it is the
     // folder the person just opened. One worker makes the order certain.
     void newestWalkGoesFirst() {
-        QFETCH_GLOBAL(QByteArray, engine);
         const QByteArray older = makeTree(tmp, 5, 2, 2);
         const QByteArray newer = makeTree(tmp, 3, 2, 2);
-        Engine measuring(engine, 1, engine == "du" ? 1 : 6);
+        Walker walker(1);
         auto log = std::make_shared<SharedCallLog>();
         auto first = std::make_shared<WalkRecorder>(log, "older");
         auto second = std::make_shared<WalkRecorder>(log, "newer");
@@ -99,13 +93,13 @@ private Q_SLOTS:
         std::promise<void> release;
         const std::shared_future<void> released = release.get_future();
         std::atomic<bool> holding{false};
-        first->onFirstChild = [released, &holding] {
+        first->onFirstMeasured = [released, &holding] {
             holding = true;
             released.wait();
         };
-        measuring->walkFolder(older, first);
+        walker->walk(std::make_shared<SizeIndex>(older), 0, older, {}, first);
         QTRY_VERIFY_WITH_TIMEOUT(holding, 120000);
-        measuring->walkFolder(newer, second);
+        walker->walk(std::make_shared<SizeIndex>(newer), 0, newer, {}, second);
         release.set_value();
         QTRY_VERIFY_WITH_TIMEOUT(first->isEnded() && second->isEnded(), 120000);
         QCOMPARE(first->problems(), QStringList());
@@ -113,12 +107,12 @@ private Q_SLOTS:
 
         // Both walks have ended: nothing writes to the log any more.
         const QStringList calls = log->calls;
-        const qsizetype held = calls.indexOf("older childMeasured");
-        const qsizetype newerEnded = calls.indexOf("newer walkEnded");
+        const qsizetype held = calls.indexOf("older measured");
+        const qsizetype newerEnded = calls.indexOf("newer ended");
         QVERIFY(held >= 0 && newerEnded > held);
         for (qsizetype i = held + 1; i < newerEnded; ++i)
             QVERIFY2(calls[i].startsWith("newer"), qPrintable(calls.join(", ")));
-        QVERIFY(calls.mid(newerEnded).contains("older childMeasured"));
+        QVERIFY(calls.mid(newerEnded).contains("older measured"));
     }
 };
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The interface's texts: the language chosen, the string table, and the texts made
 // from sizes (size and share cells, bars, capacities and the status line).
-#include "core/Node.h"
 #include "platform/UserDefaults.h"
 #include "text/Lang.h"
 #include "text/SizeText.h"
@@ -13,7 +12,6 @@
 #include <QTest>
 
 using Env = QMap<QString, QString>;
-using Sizes = QList<qint64>;
 
 class TestText : public QObject {
     Q_OBJECT
@@ -173,81 +171,61 @@ private Q_SLOTS:
     // writes it, before the total is known too.
     void statusLine_data() {
         QTest::addColumn<QString>("lang");
-        QTest::addColumn<qint64>("size");
-        QTest::addColumn<int>("children"); // -1: not listed yet
+        QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("counted"); // "": the line itself, or no count to give
-        // A name that is not UTF-8 still shows, with a replacement character.
         const QString path = QStringLiteral("/data/caf\uFFFD  ·  ");
-        QTest::newRow("en unknown size") << "en" << qint64(-1) << 3 << path + "Calculating…"
-                                         << path + "3 items  ·  Total Calculating…";
-        QTest::newRow("en not listed")
-            << "en" << qint64(4096) << -1 << path + "Calculating…" << QString();
-        QTest::newRow("ko known size") << "ko" << qint64(5) * 1024 * 1024 << 12
-                                       << path + "하위 12개  ·  합계 5.0 MB" << QString();
+        QTest::newRow("en measuring")
+            << "en"
+            << "progress" << path + "Measuring…  1200 items  ·  5.0 MB so far";
+        QTest::newRow("fr measuring a volume")
+            << "fr"
+            << "volume"
+            << path + "Mesure…  1200 éléments  ·  5.0 MB pour l’instant  ·  40 % de l’espace "
+                      "utilisé du volume";
+        QTest::newRow("de stopped")
+            << "de"
+            << "stopped" << path + "Angehalten  ·  1200 Objekte  ·  bisher 5.0 MB";
+        QTest::newRow("en unknown total") << "en"
+                                          << "unknown" << path + "3 items  ·  Total Calculating…";
+        QTest::newRow("ko measured")
+            << "ko"
+            << "measured" << path + "하위 3개  ·  합계 5.0 MB  ·  오후 2:05에 측정";
     }
     void statusLine() {
         QFETCH(QString, lang);
-        QFETCH(qint64, size);
-        QFETCH(int, children);
+        QFETCH(QString, kind);
         QFETCH(QString, line);
-        QFETCH(QString, counted);
         Loc::current = *LangInfo::fromRawValue(lang);
-        const NodePtr root = Node::make("/data/caf\xe9", true);
-        root->setSize(size);
-        if (children >= 0) {
-            root->children = std::make_unique<NodeList>();
-            for (int i = 0; i < children; ++i)
-                root->children->push_back(Node::make("/data/x", true, root));
-            // Only direct children count, not the whole tree below the root.
-            if (children > 0)
-                root->children->front()->children =
-                    std::make_unique<NodeList>(NodeList{Node::make("/data/x0/a", false)});
-        }
-        QCOMPARE(statusLineForRoot(*root), line);
-        if (!counted.isEmpty())
-            QCOMPARE(countedStatusLine(*root), counted);
+        const QByteArray path = "/data/caf\xe9";
+        const qint64 size = qint64(5) * 1024 * 1024;
+        QString shown;
+        if (kind == "progress" || kind == "volume")
+            shown = progressStatusLine(path, 1200, size,
+                                       kind == "volume" ? std::optional<int>(40) : std::nullopt);
+        else if (kind == "stopped")
+            shown = stoppedStatusLine(path, 1200, size);
+        else
+            shown = countedStatusLine(
+                path, 3, kind == "unknown" ? -1 : size,
+                kind == "unknown" ? QDateTime() : QDateTime(QDate(2026, 11, 24), QTime(14, 5)));
+        QCOMPARE(shown, line);
     }
 
-    // The share of the first child given the folder's size and all children's sizes.
+    // A size's share of its folder's total, as a bar and a percentage.
     void share_data() {
-        QTest::addColumn<qint64>("folderSize");
-        QTest::addColumn<bool>("listed");
-        QTest::addColumn<Sizes>("children");
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<qint64>("total");
         QTest::addColumn<double>("fraction"); // negative: empty text
-        QTest::newRow("of the folder's total") << qint64(1000) << true << Sizes{250, 100} << 0.25;
-        QTest::newRow("unknown child") << qint64(1000) << true << Sizes{-1, 100} << -1.0;
-        QTest::newRow("unknown total: known siblings stand in")
-            << qint64(-1) << true << Sizes{300, 100, -1, 600} << 0.3;
-        QTest::newRow("zero total: known siblings stand in")
-            << qint64(0) << true << Sizes{50, 150} << 0.25;
-        QTest::newRow("all zero") << qint64(0) << true << Sizes{0, 0, 0} << -1.0;
-        QTest::newRow("listing discarded: own size") << qint64(-1) << false << Sizes{40, 60} << 1.0;
-        QTest::newRow("not clamped above one") << qint64(100) << true << Sizes{170} << 1.7;
+        QTest::newRow("of the folder's total") << qint64(250) << qint64(1000) << 0.25;
+        QTest::newRow("unknown size") << qint64(-1) << qint64(1000) << -1.0;
+        QTest::newRow("zero total") << qint64(50) << qint64(0) << -1.0;
+        QTest::newRow("not clamped above one") << qint64(170) << qint64(100) << 1.7;
     }
     void share() {
-        QFETCH(qint64, folderSize);
-        QFETCH(bool, listed);
-        QFETCH(Sizes, children);
+        QFETCH(qint64, size);
+        QFETCH(qint64, total);
         QFETCH(double, fraction);
-        const NodePtr folder = Node::make("/f", true);
-        folder->setSize(folderSize);
-        if (listed)
-            folder->children = std::make_unique<NodeList>();
-        NodeList nodes;
-        for (qint64 size : children) {
-            const NodePtr node = Node::make("/f/c", false, folder);
-            if (listed) {
-                node->indexInParent = int(folder->children->size());
-                folder->children->push_back(node);
-            }
-            // Measured once before, as a re-measured item is: only the last size counts.
-            node->setSize(999);
-            node->setSize(size);
-            nodes.push_back(node);
-        }
-        const QString expected = fraction < 0 ? QString() : ::barString(fraction);
-        QCOMPARE(shareText(*nodes.front()), expected);
+        QCOMPARE(shareText(size, total), fraction < 0 ? QString() : ::barString(fraction));
     }
 };
 

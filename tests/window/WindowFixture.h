@@ -4,7 +4,9 @@
 // A size tree and its main window, shown offscreen as at launch, on a clean settings
 // store; the window's parts as its public interface gives them.
 #include "actions/FileActions.h"
+#include "core/LevelOrder.h"
 #include "core/SizeTree.h"
+#include "platform/Paths.h"
 #include "text/Lang.h"
 #include "views/TreeModel.h"
 #include "views/TreeOutlineView.h"
@@ -71,26 +73,43 @@ struct WindowFixture {
     }
 
     TreeModel& model() { return window->model(); }
-    const NodePtr& root() const { return tree.root(); }
+    const SizeIndex& index() const { return *tree.index(); }
+    EntryId rootId() const { return tree.root(); }
+    QByteArray rootPath() const { return tree.rootPath(); }
+    EntryId entryAt(const QModelIndex& index) { return model().entryAt(index); }
+    ItemRef itemAt(const QModelIndex& index) { return model().itemAt(index); }
     void openPath(const QByteArray& folder) { window->openFolder(folder); }
     QModelIndex rootIndex() { return model().index(0, 0); }
     QList<QByteArray> rowNames(const QModelIndex& folder) {
         QList<QByteArray> names;
         for (int row = 0; row < model().rowCount(folder); ++row)
-            names << lastPathComponent(model().nodeAt(model().index(row, 0, folder))->url);
+            names << index().name(entryAt(model().index(row, 0, folder)));
         return names;
     }
     QModelIndex childNamed(const QModelIndex& folder, const QByteArray& name) {
         const int row = int(rowNames(folder).indexOf(name));
         return row < 0 ? QModelIndex() : model().index(row, 0, folder);
     }
-    // Wait (with the event loop running) until the root's total and its level are in,
-    // or until a folder is listed and its level measured (an outline in the middle of
-    // laying out lists an opened folder only afterwards).
+    // The folder's rows are all shown, largest first.
+    bool inOrder(EntryId folder) {
+        const QModelIndex at = model().indexOf(folder);
+        const std::vector<EntryId> order = largestFirst(index(), folder);
+        if (model().rowCount(at) != int(order.size()))
+            return false;
+        for (int row = 0; row < int(order.size()); ++row)
+            if (entryAt(model().index(row, 0, at)) != order[size_t(row)])
+                return false;
+        return true;
+    }
+    // Wait (with the event loop running) until the opened folder is measured, every walk
+    // is over, its level is in order and the window says so.
     bool settled() {
-        return QTest::qWaitFor([&] {
-            return status->text().contains(QStringLiteral("Total")) && root()->pending == 0;
-        });
+        return QTest::qWaitFor(
+            [&] {
+                return tree.index() && index().isMeasured(rootId()) && !tree.isWalking() &&
+                       inOrder(rootId()) && status->text().contains(QStringLiteral("Total"));
+            },
+            30000);
     }
     // The window shown on the folder, its level and total in.
     bool openAt(const QByteArray& folder) {
@@ -99,13 +118,23 @@ struct WindowFixture {
         return settled();
     }
     // The item the next action is asked for: the root's child of that name.
-    NodePtr picked;
+    ItemRef picked;
     bool pick(const QByteArray& name) {
-        picked = model().nodeAt(childNamed(rootIndex(), name));
-        return picked != nullptr;
+        picked = itemAt(childNamed(rootIndex(), name));
+        return picked.isValid();
     }
-    bool listed(const NodePtr& folder) {
-        return QTest::qWaitFor([&] { return folder->children && folder->pending == 0; });
+    // The folder is measured, no walk is on, and its rows, if shown, are in order.
+    bool listed(EntryId folder) {
+        return QTest::qWaitFor([&] {
+            return index().isMeasured(folder) && !tree.isWalking() &&
+                   (!model().hasRows(folder) || inOrder(folder));
+        });
+    }
+    // The folder's row opened in the outline, and its rows in, in order.
+    bool openRow(const QModelIndex& folder) {
+        outline->expand(folder);
+        const EntryId id = entryAt(folder);
+        return QTest::qWaitFor([&] { return model().hasRows(id); }) && listed(id);
     }
     // What actions came to, as they were reported.
     std::unique_ptr<QSignalSpy> outcomes;
