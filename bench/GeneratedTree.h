@@ -58,6 +58,45 @@ inline QByteArray flatFolder(const QByteArray& base, int files) {
     return folder;
 }
 
+// `files` empty files in one folder: for what the names and entries cost, not the data.
+inline QByteArray flatEmptyFolder(const QByteArray& base, int files) {
+    const QByteArray folder = makeFolder(base + "/flatempty" + QByteArray::number(files));
+    for (int i = 0; i < files; ++i) {
+        const QByteArray path = folder + "/item" + QByteArray::number(i);
+        const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+        if (fd >= 0)
+            close(fd);
+    }
+    return folder;
+}
+
+// A tree whose entries are concentrated down one path, as a full home folder often is:
+// each of `levels` levels holds `folders` folders of `files` files and one folder
+// "deeper", the next level, which so holds most of what the level above holds. One
+// file in 50 has data, the others are empty, so the tree costs little disk.
+inline QByteArray concentratedTree(const QByteArray& base, int levels = 6, int folders = 80,
+                                   int files = 2000) {
+    const QByteArray top = makeFolder(base + "/concentrated");
+    QByteArray level = top;
+    for (int depth = 0; depth < levels; ++depth) {
+        for (int i = 0; i < folders; ++i) {
+            const QByteArray folder = makeFolder(level + "/d" + QByteArray::number(i));
+            for (int j = 0; j < files; ++j) {
+                const QByteArray path = folder + "/f" + QByteArray::number(j);
+                if (j % 50 == 0) {
+                    writeFile(path, 3000 + ((i * 31 + j) % 7) * 4096);
+                } else {
+                    const int fd = open(path.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+                    if (fd >= 0)
+                        close(fd);
+                }
+            }
+        }
+        level = makeFolder(level + "/deeper");
+    }
+    return top;
+}
+
 namespace detail {
 
 class DeepTree {

@@ -4,6 +4,7 @@
 #include "core/TreeDisplay.h"
 #include "core/WalkEngine.h"
 #include "platform/BackgroundJob.h"
+#include "platform/FreedMemory.h"
 
 #include <QPointer>
 #include <QThreadPool>
@@ -67,7 +68,7 @@ qint64 modifiedNs(const QByteArray& path) {
 } // namespace
 
 SizeTree::SizeTree(QObject* parent)
-    : QObject(parent), sizeQueue(new QThreadPool), inbox(MainThreadInbox::make()) {
+    : IndexSource(parent), sizeQueue(new QThreadPool), inbox(MainThreadInbox::make()) {
     sizeQueue->setMaxThreadCount(6);
     engine = std::make_unique<WalkEngine>(sizeQueue);
     inbox->displayWorkDue = [this] { return rowsDueForAnnouncement(); };
@@ -247,7 +248,9 @@ void SizeTree::applyEnded(EntryId folder, const Tag& tag) {
     } else {
         completedAt = QDateTime::currentDateTime();
         Q_EMIT rootMeasured();
+        giveBackFreedMemory();
     }
+    Q_EMIT subtreeChanged(folder);
     for (const EntryId waiting : std::exchange(pendingRefresh, {}))
         refreshFolder(waiting);
     if (walks.isEmpty())
@@ -282,6 +285,8 @@ void SizeTree::stop() {
     for (auto shown = announced.cbegin(); shown != announced.cend(); ++shown)
         sortWhenMeasured(shown.key());
     Q_EMIT rootMeasured();
+    for (const EntryId folder : walked)
+        Q_EMIT subtreeChanged(folder);
     Q_EMIT walkingChanged(false);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "core/IndexSource.h"
 #include "core/IndexWalk.h"
 #include "core/ItemRef.h"
 #include "core/SizeIndex.h"
@@ -24,7 +25,7 @@ class WalkEngine;
 // folder's rows come as it is listed; each level is put largest-first once its sizes
 // are in. After a change on disk only the folder that changed is walked again, and its
 // ancestors' totals move by the difference.
-class SizeTree : public QObject {
+class SizeTree : public IndexSource {
     Q_OBJECT
 public:
     explicit SizeTree(QObject* parent = nullptr);
@@ -39,7 +40,7 @@ public:
     // Ends every walk at once: what is not measured is marked as what was found so far.
     void stop();
     // A walk of the opened folder (or of a folder in it) runs.
-    bool isWalking() const;
+    bool isWalking() const override;
     // The opened folder is measured anew: opened or refreshed, not walked again in
     // part after a change.
     bool isWalkingRoot() const;
@@ -49,7 +50,7 @@ public:
     EntryId root() const { return top; }
     // The opened folder's path.
     QByteArray rootPath() const;
-    ItemRef itemAt(EntryId id) const;
+    ItemRef itemAt(EntryId id) const override;
 
     // The display shows the folder's rows, the first `count` of its listing: what the
     // index holds is used at once, and the folder is walked again in the background
@@ -81,9 +82,11 @@ public:
     // Workers reading folders now, for tests and benchmarks.
     int busyWorkers() const;
 
+    // IndexSource
+    std::shared_ptr<const SizeIndex> shownIndex() const override { return tree; }
+    EntryId openedFolder() const override { return top; }
+
 Q_SIGNALS:
-    // A new root, not measured yet.
-    void rootOpened();
     // The root's total is in: its first walk ended, or was stopped.
     void rootMeasured();
     // A walk started or ended.

@@ -4,9 +4,14 @@
 #include "core/LevelOrder.h"
 #include "core/SizeTree.h"
 #include "core/TreeDisplay.h"
+#include "platform/FreedMemory.h"
 
 #include <QTimer>
 #include <algorithm>
+
+namespace {
+constexpr size_t kLargeLevel = 10000;
+} // namespace
 
 void SizeTree::noteListed(EntryId folder) {
     // The outline hears of new rows after a slice, not once per run: each announcement
@@ -110,4 +115,7 @@ void SizeTree::sortLevel(EntryId folder, const std::shared_ptr<SizeIndex>& sorte
     announceNewRows();
     display->reorderChildren(folder, order);
     display->redrawRowAndChildren(folder);
+    // Sorting a large level and taking in its walk leave much memory freed.
+    if (order.size() >= kLargeLevel)
+        giveBackFreedMemory();
 }

@@ -2,6 +2,7 @@
 #include "views/RowIcons.h"
 
 #include <QPainter>
+#include <algorithm>
 
 RowIcons::RowIcons() {
     // The icon theme and the type database are read on first use, which takes a
@@ -37,19 +38,35 @@ QIcon RowIcons::marked(const QIcon& icon, Mark mark) const {
         mark == Mark::Unreadable ? QStringLiteral("|unreadable") : QStringLiteral("|volume");
     if (const auto cached = byType.constFind(key); cached != byType.constEnd())
         return *cached;
-    // The folder's icon with a small emblem in its lower right corner: a stop sign for
-    // what could not be read, a drive for another volume.
-    const QIcon emblem =
-        QIcon::fromTheme(mark == Mark::Unreadable ? QStringLiteral("emblem-unreadable")
-                                                  : QStringLiteral("drive-harddisk"),
-                         standard.icon(mark == Mark::Unreadable ? QFileIconProvider::Trashcan
-                                                                : QFileIconProvider::Drive));
+    // The folder's icon with a badge drawn in its lower right corner, the same in every
+    // icon theme and legible on light and dark rows: a red disc with a white bar ("no
+    // entry") for what could not be read, a blue disc with a white drive for another
+    // volume. Shape and colour both differ, so neither depends on telling red from blue.
     QIcon result;
-    for (const int side : {16, 32}) {
+    for (const int side : {16, 32, 64}) {
         QPixmap pixmap = icon.pixmap(side, side);
         QPainter painter(&pixmap);
-        const int small = side * 5 / 8;
-        painter.drawPixmap(side - small, side - small, emblem.pixmap(small, small));
+        painter.setRenderHint(QPainter::Antialiasing);
+        const qreal badge = side * 0.56;
+        const QRectF disc(side - badge, side - badge, badge, badge);
+        painter.setPen(QPen(Qt::white, std::max(1.0, side / 16.0)));
+        painter.setBrush(mark == Mark::Unreadable ? QColor(0xc6, 0x28, 0x28)
+                                                  : QColor(0x1f, 0x5f, 0xbf));
+        painter.drawEllipse(disc.adjusted(0.5, 0.5, -0.5, -0.5));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(Qt::white);
+        const QPointF centre = disc.center();
+        if (mark == Mark::Unreadable) {
+            painter.drawRect(QRectF(centre.x() - badge * 0.3, centre.y() - badge * 0.09,
+                                    badge * 0.6, badge * 0.18));
+        } else {
+            const QRectF drive(centre.x() - badge * 0.3, centre.y() - badge * 0.16, badge * 0.6,
+                               badge * 0.32);
+            painter.drawRoundedRect(drive, badge * 0.06, badge * 0.06);
+            painter.setBrush(QColor(0x1f, 0x5f, 0xbf));
+            painter.drawEllipse(QPointF(drive.right() - badge * 0.1, drive.center().y()),
+                                badge * 0.05, badge * 0.05);
+        }
         painter.end();
         result.addPixmap(pixmap);
     }

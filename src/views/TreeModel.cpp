@@ -11,25 +11,7 @@
 #include "ui/UiFont.h"
 #include "views/ShareText.h"
 
-#include <QTimer>
-#include <utility>
-
 TreeModel::TreeModel(SizeTree& tree, QObject* parent) : QAbstractItemModel(parent), tree(tree) {}
-
-struct TreeModel::ChangeUnderWay {
-    explicit ChangeUnderWay(TreeModel& model) : model(model) { ++model.changesUnderWay; }
-    ~ChangeUnderWay() {
-        if (--model.changesUnderWay == 0 && !model.fetchWhenDone.isEmpty())
-            QTimer::singleShot(0, &model, &TreeModel::fetchWaitingRows);
-    }
-    TreeModel& model;
-};
-
-void TreeModel::fetchWaitingRows() {
-    const QSet<EntryId> waiting = std::exchange(fetchWhenDone, {});
-    for (const EntryId folder : waiting)
-        fetchMore(indexOf(folder));
-}
 
 void TreeModel::showNewRoot(const std::shared_ptr<const SizeIndex>& rows, EntryId top) {
     beginResetModel();
@@ -131,78 +113,6 @@ bool TreeModel::hasChildren(const QModelIndex& parent) const {
     return parent.column() == NameColumn && shown->isFolder(entryAt(parent));
 }
 
-bool TreeModel::canFetchMore(const QModelIndex& parent) const {
-    const EntryId id = entryAt(parent);
-    if (id == kNoEntry || parent.column() != NameColumn || resetting)
-        return false;
-    return shown->isFolder(id) && !levels.contains(id);
-}
-
-void TreeModel::fetchMore(const QModelIndex& parent) {
-    if (!canFetchMore(parent))
-        return;
-    if (changesUnderWay > 0)
-        fetchWhenDone.insert(entryAt(parent));
-    else
-        exposeChildren(entryAt(parent), parent);
-}
-
-void TreeModel::exposeChildren(EntryId folder, const QModelIndex& folderIndex) {
-    // What the index holds is shown at once: in order when the level is measured.
-    std::vector<EntryId> rows =
-        shown->isMeasured(folder) ? largestFirst(*shown, folder) : shown->children(folder);
-    Level level;
-    for (size_t row = 0; row < rows.size(); ++row)
-        if (shown->isFolder(rows[row]))
-            level.folderRows.insert(rows[row], int(row));
-    level.rows = std::move(rows);
-    const int count = int(level.rows.size());
-    {
-        const ChangeUnderWay change(*this);
-        if (count > 0)
-            beginInsertRows(folderIndex, 0, count - 1);
-        levels.insert(folder, std::move(level));
-        if (count > 0)
-            endInsertRows();
-    }
-    tree.rowsShown(folder, size_t(count));
-}
-
-void TreeModel::forgetLevels(EntryId folder) {
-    const auto level = levels.constFind(folder);
-    if (level == levels.cend())
-        return;
-    // Only a folder with rows can have folders with rows (or open ones) below it.
-    const QList<EntryId> below = level->folderRows.keys();
-    levels.erase(level);
-    for (const EntryId child : below) {
-        expanded.remove(child);
-        forgetLevels(child);
-    }
-}
-
-void TreeModel::rowsAppended(EntryId folder, size_t first, size_t count) {
-    const auto level = levels.find(folder);
-    // A folder without rows shows all its entries when it gets them.
-    if (level == levels.end() || level->rows.size() != first || count == 0)
-        return;
-    const QModelIndex folderIndex = indexOf(folder);
-    if (!folderIndex.isValid())
-        return;
-    const std::vector<EntryId> added = shown->children(folder, first, count);
-    if (added.empty())
-        return;
-    const ChangeUnderWay change(*this);
-    beginInsertRows(folderIndex, int(first), int(first + added.size()) - 1);
-    for (const EntryId id : added) {
-        if (shown->isFolder(id))
-            level->folderRows.insert(id, int(level->rows.size()));
-        level->rows.push_back(id);
-    }
-    level->knownSumValid = false;
-    endInsertRows();
-}
-
 bool TreeModel::isShown(EntryId folder) const {
     if (!levels.contains(folder) || !expanded.contains(folder))
         return false;
@@ -250,77 +160,6 @@ void TreeModel::redrawAll() {
     for (auto level = levels.cbegin(); level != levels.cend(); ++level)
         if (const QModelIndex folderIndex = indexOf(level.key()); folderIndex.isValid())
             redrawLevel(level.key(), folderIndex);
-}
-
-void TreeModel::reorderChildren(EntryId folder, const std::vector<EntryId>& order) {
-    const auto level = levels.find(folder);
-    const QModelIndex folderIndex = indexOf(folder);
-    if (level == levels.end() || !folderIndex.isValid())
-        return;
-    if (level->rows.size() != order.size()) {
-        // Not every entry has a row: show the new order from scratch.
-        const int count = int(level->rows.size());
-        {
-            const ChangeUnderWay change(*this);
-            if (count > 0) {
-                beginRemoveRows(folderIndex, 0, count - 1);
-                forgetLevels(folder);
-                endRemoveRows();
-            } else {
-                forgetLevels(folder);
-            }
-        }
-        exposeChildren(folder, folderIndex);
-        return;
-    }
-    const ChangeUnderWay change(*this);
-    Q_EMIT layoutAboutToBeChanged({QPersistentModelIndex(folderIndex)},
-                                  QAbstractItemModel::VerticalSortHint);
-    const QModelIndexList before = persistentIndexList();
-    QHash<EntryId, int> newRows;
-    newRows.reserve(qsizetype(order.size()));
-    level->folderRows.clear();
-    for (size_t row = 0; row < order.size(); ++row) {
-        newRows.insert(order[row], int(row));
-        if (shown->isFolder(order[row]))
-            level->folderRows.insert(order[row], int(row));
-    }
-    level->rows = order;
-    // Open rows stay open and the selection stays on its entries: every persistent
-    // index follows its entry to its new row.
-    QModelIndexList after;
-    after.reserve(before.size());
-    for (const QModelIndex& old : before) {
-        const EntryId id = entryAt(old);
-        const auto moved = newRows.constFind(id);
-        after << (moved != newRows.cend() && shown->parent(id) == folder
-                      ? createIndex(*moved, old.column(), quintptr(id))
-                      : old);
-    }
-    changePersistentIndexList(before, after);
-    Q_EMIT layoutChanged({QPersistentModelIndex(folderIndex)},
-                         QAbstractItemModel::VerticalSortHint);
-}
-
-void TreeModel::dropChildren(EntryId folder) {
-    const auto level = levels.constFind(folder);
-    if (level == levels.cend())
-        return;
-    const QModelIndex folderIndex = indexOf(folder);
-    const int count = int(level->rows.size());
-    {
-        const ChangeUnderWay change(*this);
-        if (folderIndex.isValid() && count > 0) {
-            beginRemoveRows(folderIndex, 0, count - 1);
-            forgetLevels(folder);
-            endRemoveRows();
-        } else {
-            forgetLevels(folder);
-        }
-    }
-    // An open folder takes its new entries as they come.
-    if (folderIndex.isValid() && expanded.contains(folder))
-        exposeChildren(folder, folderIndex);
 }
 
 QString TreeModel::sizeText(EntryId id) const {
@@ -410,8 +249,13 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
     case ShareColumn:
         if (role == Qt::DisplayRole)
             return shareText(id);
-        if (role == Qt::ForegroundRole)
-            return accentColor();
+        // A share of what a stopped walk found is not final either: dimmed, like its
+        // size.
+        if (role == Qt::ForegroundRole) {
+            const bool partial = (shown->state(id) & Partial) ||
+                                 (id != root && (shown->state(shown->parent(id)) & Partial));
+            return partial ? tertiaryTextColor() : accentColor();
+        }
         if (role == Qt::FontRole)
             return monoFont(12);
         if (role == Qt::TextAlignmentRole)

@@ -15,11 +15,15 @@ class SizeTree;
 // The outline's model: its items are the entries of the size tree's index, the opened
 // folder the one top-level row. A folder's rows are its entries as the model has taken
 // them in: listed order while its sizes come in, largest first once they are in. Nothing
-// is kept per row but the entry's id in its level's order.
+// is kept per row but the entry's id in its level's order. A folder of very many entries
+// shows them a page at a time, the next page as the view scrolls to the end: the view
+// keeps a record for every row it has, which for a million rows would cost more than
+// the index itself.
 class TreeModel : public QAbstractItemModel, public TreeDisplay {
     Q_OBJECT
 public:
     enum Column { NameColumn, SizeColumn, ShareColumn, ColumnCount };
+    static constexpr size_t kRowsPerPage = 100000;
 
     explicit TreeModel(SizeTree& tree, QObject* parent = nullptr);
 
@@ -31,6 +35,9 @@ public:
     QModelIndex indexOf(EntryId id, int column = NameColumn) const;
     // The index the rows are of.
     const std::shared_ptr<const SizeIndex>& shownIndex() const { return shown; }
+    // The folder's level has entries beyond the rows it shows; the next page of them.
+    bool hasMoreRows(const QModelIndex& folder) const;
+    void showMoreRows(const QModelIndex& folder);
     // The view opened or closed a folder's row.
     void setExpanded(const QModelIndex& index, bool expanded);
 
@@ -66,6 +73,11 @@ private:
     // The rows of a folder that has them.
     struct Level {
         std::vector<EntryId> rows;
+        // How many rows the view has asked for.
+        size_t limit = kRowsPerPage;
+        // The whole level in order, kept while it has more entries than rows; empty in
+        // listing order, whose next rows the index gives.
+        std::vector<EntryId> order;
         // Where each folder of the level is, for parent() and indexOf().
         QHash<EntryId, int> folderRows;
         // The sum of the known sizes of its rows: what shares are taken of while the
@@ -74,6 +86,11 @@ private:
         mutable bool knownSumValid = false;
     };
     void exposeChildren(EntryId folder, const QModelIndex& folderIndex);
+    void appendRows(const QModelIndex& folderIndex, Level& level,
+                    const std::vector<EntryId>& added);
+    // The level's rows take the order given, every one of them once.
+    void moveRows(EntryId folder, const QModelIndex& folderIndex, Level& level,
+                  const std::vector<EntryId>& order);
     void forgetLevels(EntryId folder);
     int rowOf(EntryId id) const;
     QString sizeText(EntryId id) const;

@@ -12,6 +12,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScrollBar>
 
 TreeOutlineView::TreeOutlineView(QWidget* parent) : QTreeView(parent) {
     setItemDelegate(new OutlineDelegate(this));
@@ -34,6 +35,27 @@ TreeOutlineView::TreeOutlineView(QWidget* parent) : QTreeView(parent) {
     }
     setPalette(colors);
     connect(header(), &QHeaderView::sectionResized, this, &TreeOutlineView::keepMinimumWidth);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &TreeOutlineView::showRowsComingIntoView);
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this,
+            &TreeOutlineView::showRowsComingIntoView);
+}
+
+void TreeOutlineView::showRowsComingIntoView() {
+    auto* tree = qobject_cast<TreeModel*>(model());
+    if (!tree)
+        return;
+    // The lowest row on screen; a level showing a page of its entries, whose end is on
+    // screen, gets its next page.
+    QModelIndex lowest;
+    for (int y = viewport()->height() - 1; y >= 0 && !lowest.isValid(); y -= kRowHeight)
+        lowest = indexAt(QPoint(0, y)).siblingAtColumn(0);
+    const int rowsOnScreen = viewport()->height() / kRowHeight + 1;
+    for (QModelIndex at = lowest; at.isValid(); at = at.parent()) {
+        const QModelIndex folder = at.parent();
+        if (at.row() + rowsOnScreen >= tree->rowCount(folder) && tree->hasMoreRows(folder))
+            tree->showMoreRows(folder);
+    }
 }
 
 void TreeOutlineView::setModel(QAbstractItemModel* model) {

@@ -56,5 +56,7 @@ private:
     // position to show it at).
     void showMenuForCurrentRow();
     void keepMinimumWidth(int section, int oldSize, int newSize);
+    // A level shown a page at a time gets its next page as its last row comes on screen.
+    void showRowsComingIntoView();
     QList<int> minimumWidths;
 };

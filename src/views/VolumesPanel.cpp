@@ -103,13 +103,18 @@ void VolumesPanel::showRows(const QList<VolumeInfo>& volumes) {
 }
 
 void VolumesPanel::fitRows() {
+    // From the rows' own size hints: rows just added are not shown yet, and the layout
+    // leaves out what is not shown.
     QLayout* list = rowList->layout();
+    const int shown = std::min(list->count(), kRowsShownAtMost);
     int height = 0;
-    for (int row = 0; row < std::min(list->count(), kRowsShownAtMost); ++row)
-        height += (row > 0 ? list->spacing() : 0) + list->itemAt(row)->sizeHint().height();
+    for (int row = 0; row < shown; ++row)
+        height +=
+            (row > 0 ? list->spacing() : 0) + list->itemAt(row)->widget()->sizeHint().height();
     // A part of the next row shows that there are more.
     if (list->count() > kRowsShownAtMost)
-        height += list->itemAt(kRowsShownAtMost)->sizeHint().height() / 2 + list->spacing();
+        height +=
+            list->spacing() + list->itemAt(kRowsShownAtMost)->widget()->sizeHint().height() / 2;
     scroller->setFixedHeight(height);
 }
 

@@ -14,3 +14,10 @@ add_executable(actionrunner ${CMAKE_CURRENT_LIST_DIR}/actionrunner.cpp)
 target_link_libraries(actionrunner PRIVATE sizeloomlib)
 target_compile_definitions(tst_wholeresults PRIVATE ACTION_RUNNER="$<TARGET_FILE:actionrunner>")
 add_dependencies(tst_wholeresults actionrunner)
+
+# Actions on loop-mounted images: their mounts are seen by nothing else and go with the
+# test, also when it fails halfway.
+foreach(test tst_compress tst_duplicate tst_rename tst_trash)
+  sizeloom_wrapped_test(${CMAKE_CURRENT_LIST_DIR}/${test}.cpp
+                        ${CMAKE_CURRENT_LIST_DIR}/../in-own-mount-namespace.sh)
+endforeach()

@@ -11,6 +11,7 @@
 #include "platform/Paths.h"
 
 #include <QSet>
+#include <QSignalSpy>
 #include <QThreadPool>
 #include <algorithm>
 #include <functional>
@@ -217,7 +218,7 @@ private Q_SLOTS:
         QTRY_VERIFY(DirectoryReader::foldersRead() > readsBefore);
         QVERIFY(settled(tree));
         QCOMPARE(DirectoryReader::foldersRead(), readsBefore + 2); // deep and deep/er
-        for (const QByteArray path : {join(folder, "a/deep"), join(folder, "a"), folder})
+        for (const QByteArray& path : {join(folder, "a/deep"), join(folder, "a"), folder})
             QCOMPARE(index.allocated(path == folder        ? tree.root()
                                      : path.endsWith("/a") ? a
                                                            : deep),
@@ -226,8 +227,11 @@ private Q_SLOTS:
         // An action in b: b alone is walked again.
         QVERIFY(unlink(join(folder, "b/h").constData()) == 0);
         const EntryId b = childNamed(index, tree.root(), "b");
+        QSignalSpy changed(&tree, &IndexSource::subtreeChanged);
         tree.refreshParent(tree.itemAt(index.children(b).front()));
         QVERIFY(settled(tree));
+        QCOMPARE(changed.count(), 1); // views below b, or above it, look again
+        QCOMPARE(changed.front().front().value<EntryId>(), b);
         QCOMPARE(DirectoryReader::foldersRead(), readsBefore + 3);
         QCOMPARE(index.allocated(b), duBytes(join(folder, "b")));
         QCOMPARE(index.allocated(tree.root()), duBytes(folder));

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "TempTree.h"
 #include "WindowFixture.h"
+#include "platform/DirectoryReader.h"
 #include "platform/FileUrl.h"
+#include "platform/PathInfo.h"
 #include "platform/UserDefaults.h"
 #include "text/SizeText.h"
 
@@ -389,6 +391,57 @@ private Q_SLOTS:
             f.outline->indexAt(f.outline->viewport()->rect().bottomLeft() - QPoint(0, 2)));
         QVERIFY(!lastRowOnScreen.isEmpty());
         QTRY_VERIFY(painted.region.contains(lastRowOnScreen));
+    }
+
+    // Drilling down the largest child, level after level, reads no folder: each level
+    // comes from the index, sized as du sizes it and in order.
+    void drillDownFromTheIndex() {
+        const QByteArray top = tmp.freshFolder();
+        QByteArray level = top;
+        for (int depth = 0; depth < 4; ++depth) {
+            for (int i = 0; i < 3; ++i) {
+                makeDir(join(level, "side" + QByteArray::number(i)));
+                writeFile(join(level, "side" + QByteArray::number(i) + "/f"), 5000 * (i + 1));
+            }
+            writeFile(join(level, "file"), 3000);
+            level = join(level, "main");
+            makeDir(level);
+            writeFile(join(level, "big"), 200000);
+        }
+        WindowFixture f;
+        QVERIFY(f.openAt(top));
+        const quint64 readsBefore = DirectoryReader::foldersRead();
+        QModelIndex at = f.rootIndex();
+        for (QByteArray path = join(top, "main"); isExistingDirectory(path);
+             path = join(path, "main")) {
+            at = f.model().index(0, 0, at);
+            QCOMPARE(f.itemAt(at).path, path);
+            QCOMPARE(at.siblingAtColumn(TreeModel::SizeColumn).data().toString(),
+                     humanSize(duBytes(path)));
+            QVERIFY(f.openRow(at));
+        }
+        QCOMPARE(DirectoryReader::foldersRead(), readsBefore);
+    }
+
+    // A folder of more entries than a page shows its largest first, a page of them, and
+    // the rest as the outline is scrolled to its end.
+    void hugeLevelComesInPages() {
+        WindowFixture f(false);
+        const QByteArray folder = tmp.freshFolder();
+        const int files = int(TreeModel::kRowsPerPage) + 300;
+        for (int i = 0; i < files; ++i)
+            writeFile(join(folder, "f" + QByteArray::number(i)), i % 997 == 0 ? 9000 : 0);
+        QVERIFY(f.openAt(folder));
+        QCOMPARE(f.model().rowCount(f.rootIndex()), int(TreeModel::kRowsPerPage));
+        // The files with data, wherever they were listed, come first.
+        const int withData = (files + 996) / 997;
+        QVERIFY(f.index().allocated(f.entryAt(f.model().index(withData - 1, 0, f.rootIndex()))) >
+                0);
+        QVERIFY(f.model().hasMoreRows(f.rootIndex()));
+        f.outline->scrollToBottom();
+        QTRY_COMPARE(f.model().rowCount(f.rootIndex()), files);
+        QVERIFY(f.inOrder(f.rootId()));
+        QVERIFY(!f.model().hasMoreRows(f.rootIndex()));
     }
 
     // The frame of the last run comes back. The settings file is the person's to edit,
