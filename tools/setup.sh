@@ -10,7 +10,7 @@ PACKAGES=(
   libarchive-dev libmount-dev libblkid-dev libglib2.0-dev
   coreutils dbus dbus-x11 xvfb xauth x11-utils libx11-dev
   appstream desktop-file-utils unzip zip e2fsprogs dosfstools exfatprogs
-  trash-cli xclip xdg-utils at-spi2-core squashfs-tools
+  trash-cli xclip xdg-utils at-spi2-core squashfs-tools libfuse3-dev fuse3
   fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme
 )
 

@@ -220,6 +220,9 @@ bool IndexWalk::look(WalkDir& dir, int& fd) {
         mark(KernelFileSystem);
         return false;
     }
+    // Stopped meanwhile: the folder is not opened, which on a slow volume is one more wait.
+    if (isCancelled())
+        return false;
     fd = openat(parent.get(), name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0) {
         // Its own size is counted, and nothing beneath it, as du counts it.
@@ -247,7 +250,15 @@ void IndexWalk::readEntries(const std::shared_ptr<WalkDir>& dir, int fd, char* b
     const auto flush = [&] {
         if (reading.batch.empty())
             return true;
-        const EntryId first = index->append(tally.id, reading.batch);
+        EntryId first = kNoEntry;
+        {
+            // Once cancel() has returned nothing more goes into the index: the tree marks
+            // what a stopped walk left, and entries added after that would be in no total.
+            std::lock_guard guard(callLock);
+            if (isCancelled())
+                return false;
+            first = index->append(tally.id, reading.batch);
+        }
         if (first == kNoEntry) {
             reading.partly = true; // the index is full
             return false;
@@ -280,6 +291,11 @@ void IndexWalk::readEntries(const std::shared_ptr<WalkDir>& dir, int fd, char* b
     bool more = true;
     while (more && !isCancelled() && reader.readBatch()) {
         while (const char* name = reader.nextName()) {
+            // A stopped walk's worker goes no further than the call it was in.
+            if (isCancelled()) {
+                more = false;
+                break;
+            }
             SizeIndex::NewEntry entry;
             entry.name = QByteArray(name);
             entry.ino = reader.lastInode();
@@ -337,14 +353,16 @@ void IndexWalk::finish(const std::shared_ptr<WalkTally>& done) {
     while (tally) {
         if (tally->outstanding.fetch_sub(1, std::memory_order_acq_rel) != 1)
             return;
-        if (isCancelled())
-            return;
         {
+            // Not after cancel() has returned: the tree may be marking the folder partial.
+            std::lock_guard calls(callLock);
+            if (isCancelled())
+                return;
             std::lock_guard guard(tally->lock);
             index->setTotals(tally->id, tally->blocks, tally->apparent, tally->items,
                              tally->unreadable, tally->newest);
+            index->addState(tally->id, Measured);
         }
-        index->addState(tally->id, Measured);
         tell([&](WalkListener& to) { to.measured(tally->id); });
         const std::shared_ptr<WalkTally> parent = tally->parent;
         if (!parent) {

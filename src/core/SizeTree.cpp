@@ -314,6 +314,10 @@ void SizeTree::markPartial(EntryId folder) {
         qint64 blocks = 0, apparent = 0;
         quint32 items = 0, unreadable = 0, newest = 0;
     };
+    // A folder that could not be read counts in its ancestors' figure, as in a walk's.
+    const auto cannotRead = [this](EntryId id) {
+        return (tree->state(id) & (Unreadable | PartlyUnreadable)) ? 1u : 0u;
+    };
     std::unordered_set<quint64> linked;
     std::vector<Frame> frames;
     frames.push_back({folder, tree->children(folder)});
@@ -332,7 +336,7 @@ void SizeTree::markPartial(EntryId folder) {
                 frame.blocks += tree->blocksOf(child);
                 frame.apparent += tree->apparent(child);
                 frame.items += tree->itemsBelow(child);
-                frame.unreadable += tree->unreadableBelow(child);
+                frame.unreadable += tree->unreadableBelow(child) + cannotRead(child);
             } else {
                 frames.push_back({child, tree->children(child)});
             }
@@ -348,7 +352,7 @@ void SizeTree::markPartial(EntryId folder) {
             above.blocks += done.blocks;
             above.apparent += done.apparent;
             above.items += done.items;
-            above.unreadable += done.unreadable;
+            above.unreadable += done.unreadable + cannotRead(done.id);
             above.newest = std::max(above.newest, done.newest);
         }
     }
