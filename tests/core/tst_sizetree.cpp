@@ -154,6 +154,9 @@ private Q_SLOTS:
         tree.setDisplay(&outline);
         tree.open(folder);
         QVERIFY(settled(tree));
+        // Put in order over the turns of the event loop after its total came in, the
+        // rows held back announced first.
+        QTRY_COMPARE(outline.reorders.size(), 1);
         const SizeIndex& index = *tree.index();
         size_t next = 0;
         for (const auto& [first, count] : outline.appended) {
